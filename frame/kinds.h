@@ -1,0 +1,46 @@
+#ifndef WAVEFILTERS_FRAME_KINDS_H
+#define WAVEFILTERS_FRAME_KINDS_H
+
+// The one list of the kinds of filter: exported entry point, factory, and what the factory
+// makes. Only the file that defines the entry points includes it, since it sees every filter.
+
+#include "dsp/fir_filter.h"
+#include "dsp/fir_notch.h"
+#include "frame/factory.h"
+#include "frame/sine_filter.h"
+#include "frame/square_filter.h"
+
+namespace wavefilters {
+
+using SetTrackFactory = FactoryOfNothing;
+using BeamPelFactory = FactoryOfNothing;
+using BeamDataFactory = FactoryOfNothing;
+using GlotSynFactory = FactoryOfNothing;
+using FricSynFactory = FactoryOfNothing;
+using PulseSynFactory = FactoryOfNothing;
+using FIRFactory = FactoryOf<FIRFilter>;
+using FIRNotchFactory = FactoryOf<FIRNotch>;
+using ResampleFactory = FactoryOfNothing;
+using SumSourcesFactory = FactoryOfNothing;
+using EchoCancelFactory = FactoryOfNothing;
+using SineFactory = FactoryOf<SineFilter>;
+using SquareFactory = FactoryOf<SquareFilter>;
+
+}  // namespace wavefilters
+
+#define WAVEFILTERS_KINDS(KIND)        \
+  KIND(SetTrackI, SetTrackFactory)     \
+  KIND(BeamPelI, BeamPelFactory)       \
+  KIND(BeamDataI, BeamDataFactory)     \
+  KIND(GlotSynI, GlotSynFactory)       \
+  KIND(FricSynI, FricSynFactory)       \
+  KIND(PulseSynI, PulseSynFactory)     \
+  KIND(FIRFilterI, FIRFactory)         \
+  KIND(FIRNotchI, FIRNotchFactory)     \
+  KIND(ResampleI, ResampleFactory)     \
+  KIND(SumSourcesI, SumSourcesFactory) \
+  KIND(EchoCancelI, EchoCancelFactory) \
+  KIND(SineGenI, SineFactory)          \
+  KIND(SquareGenI, SquareFactory)
+
+#endif
