@@ -5,6 +5,7 @@
 namespace wavefilters {
 namespace {
 
+constexpr double Pi = 3.141592653589793;
 constexpr double TwoPi = 6.283185307179586;
 
 }  // namespace
@@ -39,6 +40,23 @@ void DesignNotch(float* coef, int taps, double interval_s, double frequency, dou
                        std::cos(below2 * k) + std::cos(above2 * k) +
                        edgeWeight * std::cos(below3 * k) + edgeWeight * std::cos(above3 * k);
     coef[i] = static_cast<float>(i == half ? 1.0 - 2.0 * sum / n : -2.0 * sum / n);
+  }
+}
+
+void DesignBlackmanSinc(float* coef, int taps, int upFactor, double cutoff, double shift,
+                        double widen) {
+  if (taps == 1) {
+    coef[0] = 1.0F;
+    return;
+  }
+  const double h = 0.5 * (taps - 1.0);
+  const double widened = widen / h + cutoff;
+  for (int i = 0; i < taps; ++i) {
+    const double t = (i - h) * Pi;
+    const auto sinc = static_cast<float>(i == h ? widened : std::sin(widened * t) / t);
+    const double modulation = std::cos(t * shift);
+    const double window = 0.08 * std::cos(TwoPi * i / h) + (0.42 - 0.5 * std::cos(Pi * i / h));
+    coef[i] = static_cast<float>(double{sinc * static_cast<float>(upFactor)} * modulation * window);
   }
 }
 

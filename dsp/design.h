@@ -18,6 +18,14 @@ void DesignHammingAverage(float* coef, int taps);
 /// Writes within coef[0 .. taps) whatever `taps` is.
 void DesignNotch(float* coef, int taps, double interval_s, double frequency, double edgeWeight);
 
+/// The kernel of a rational resampler: a sinc under a Blackman window (0.42, 0.5, 0.08; Blackman
+/// and Tukey, "The Measurement of Power Spectra", 1958), times `upFactor` to make up for the zeros
+/// between the inputs, modulated by cos(t * shift). `cutoff` and `shift` are fractions of the
+/// high-rate Nyquist frequency; the cutoff is widened by `widen` divided by the half-length.
+/// `taps` is odd and at least 1; a single tap is 1.
+void DesignBlackmanSinc(float* coef, int taps, int upFactor, double cutoff, double shift,
+                        double widen);
+
 }  // namespace wavefilters
 
 #endif

@@ -15,9 +15,10 @@ int NonCausal::SrcSet() {
 }
 
 int NonCausal::TransmitNow(float* out, int n, int& got) {
-  got = Fill(n);
+  got = std::max(Fill(n), 0);
   if (got >= 1 && out != nullptr) {
-    Deliver(out, got);
+    Apply(buffer, out, got);
+    bufFill = DropFront(buffer, bufFill, got);
   }
   return 0;
 }
@@ -48,12 +49,7 @@ int NonCausal::Fill(int n) {
     }
   }
   const auto available = std::max<std::int64_t>(bufFill - margins, 0);
-  return static_cast<int>(std::max<std::int64_t>(std::min<std::int64_t>(available, n), 0));
-}
-
-void NonCausal::Deliver(float* out, int count) {
-  Apply(buffer, out, count);
-  bufFill = DropFront(buffer, bufFill, count);
+  return static_cast<int>(std::min<std::int64_t>(available, n));
 }
 
 }  // namespace wavefilters

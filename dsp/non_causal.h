@@ -37,10 +37,9 @@ class NonCausal : public SISOFilter {
   NonCausal() = default;
   ~NonCausal() = default;
 
-  /// Fills the buffer for a request of `n` and returns how many outputs are to be had, 0 to n.
+  /// Fills the buffer for a request of `n` and returns how many outputs are to be had, at most
+  /// `n` (a negative request comes back as it is).
   int Fill(int n);
-  /// Delivers `count` outputs (1 or more, as Fill has said) to `out` through Apply.
-  void Deliver(float* out, int count);
 
   std::int32_t histLen = 0;
   std::int32_t aheadLen = 0;

@@ -4,8 +4,11 @@
 // The one list of the kinds of filter: exported entry point, factory, and what the factory
 // makes. Only the file that defines the entry points includes it, since it sees every filter.
 
+#include "dsp/echo_cancel.h"
 #include "dsp/fir_filter.h"
 #include "dsp/fir_notch.h"
+#include "dsp/resample_blackman.h"
+#include "dsp/sum_sources.h"
 #include "frame/factory.h"
 #include "frame/sine_filter.h"
 #include "frame/square_filter.h"
@@ -20,9 +23,9 @@ using FricSynFactory = FactoryOfNothing;
 using PulseSynFactory = FactoryOfNothing;
 using FIRFactory = FactoryOf<FIRFilter>;
 using FIRNotchFactory = FactoryOf<FIRNotch>;
-using ResampleFactory = FactoryOfNothing;
-using SumSourcesFactory = FactoryOfNothing;
-using EchoCancelFactory = FactoryOfNothing;
+using ResampleFactory = FactoryOf<ResampleBlackman>;
+using SumSourcesFactory = FactoryOfPair<NonCausalP, SumSources>;
+using EchoCancelFactory = FactoryOfPair<NonCausalP, EchoCancel>;
 using SineFactory = FactoryOf<SineFilter>;
 using SquareFactory = FactoryOf<SquareFilter>;
 
