@@ -1,0 +1,49 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <vector>
+
+namespace support {
+
+using Samples = std::vector<float>;
+
+// Whether both hold the same bits, sample for sample; the message names the first difference.
+testing::AssertionResult SameBits(const Samples& actual, const Samples& expected);
+
+// The same, but any not-a-number equals any other.
+testing::AssertionResult SameBitsOrNaN(const Samples& actual, const Samples& expected);
+
+// Reproducible values between -1 and 1 that fill the mantissa, so that each rounding shows.
+Samples Noise(int count, std::uint32_t seed = 1);
+
+// Zeros, or any other constant.
+Samples Constant(int count, float value = 0.0F);
+
+// 1, 2, 3 ...: shows at a glance where a sample came from.
+Samples Ramp(int count, float first = 1.0F);
+
+Samples operator+(const Samples& head, const Samples& tail);
+
+// samples[first, first + count), with zeros where there are none.
+Samples Slice(const Samples& samples, int first, int count);
+
+// Room for `count` samples between two guard zones, all set to one bit pattern. Nothing may write
+// outside the room, and CheckAfter(produced) fails the test where anything beyond the first
+// `produced` samples changed either.
+class GuardedBuffer {
+ public:
+  explicit GuardedBuffer(int room);
+
+  float* data() { return cells.data() + Guard; }
+  Samples First(int produced) const;
+  void CheckAfter(int produced) const;
+
+ private:
+  static constexpr int Guard = 64;
+  int count;
+  Samples cells;
+};
+
+}  // namespace support
