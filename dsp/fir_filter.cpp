@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "dsp/kernels.h"
 #include "frame/params.h"
 
 namespace wavefilters {
@@ -22,7 +21,7 @@ void FIRFilter::Init(double interval_ms) {
 
 void FIRFilter::Apply(float* in, float* out, int n) {
   timer.Start(Console());
-  Convolve(in, coef, tapCount, out, n);
+  convolve(in, coef, tapCount, out, n);
   const bool isEnd = EndOfSrc();
   const std::int64_t macs = std::int64_t{n} * tapCount;
   if (macs > 0) {

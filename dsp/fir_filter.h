@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "dsp/convolve.h"
 #include "dsp/design.h"
 #include "dsp/non_causal.h"
 
@@ -37,6 +38,7 @@ class FIRFilter : public NonCausal {
   std::int32_t halfLen = 0;
   std::int32_t tapCount = 1;
   float coef[MaxTaps] = {};
+  const ConvolveFunction convolve = ConvolveFor(WidestInstructionSet());
 };
 
 }  // namespace wavefilters

@@ -1,0 +1,49 @@
+#include "dsp/instruction_set.h"
+
+#if defined(__x86_64__)
+#include <cpuid.h>
+#endif
+
+namespace wavefilters {
+
+#if defined(__x86_64__)
+
+namespace {
+
+// Which register files the operating system saves when it switches threads.
+unsigned SavedRegisters() {
+  unsigned low = 0;
+  unsigned high = 0;
+  __asm__("xgetbv" : "=a"(low), "=d"(high) : "c"(0));
+  return low;
+}
+
+constexpr bool Has(unsigned value, unsigned bits) { return (value & bits) == bits; }
+
+}  // namespace
+
+InstructionSet WidestInstructionSet() {
+  constexpr unsigned SavesAvx = 0x06;
+  constexpr unsigned SavesAvx512 = 0xe6;
+  unsigned a = 0;
+  unsigned b = 0;
+  unsigned c = 0;
+  unsigned d = 0;
+  if (__get_cpuid(1, &a, &b, &c, &d) == 0 || !Has(c, bit_OSXSAVE)) {
+    return InstructionSet::Baseline;
+  }
+  const unsigned saved = SavedRegisters();
+  if (__get_cpuid_count(7, 0, &a, &b, &c, &d) == 0 || !Has(b, bit_AVX2) || !Has(saved, SavesAvx)) {
+    return InstructionSet::Baseline;
+  }
+  return Has(b, bit_AVX512F) && Has(saved, SavesAvx512) ? InstructionSet::Avx512
+                                                        : InstructionSet::Avx2;
+}
+
+#else
+
+InstructionSet WidestInstructionSet() { return InstructionSet::Baseline; }
+
+#endif
+
+}  // namespace wavefilters
