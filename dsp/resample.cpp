@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "dsp/kernels.h"
-#include "dsp/resample_steps.h"
 #include "frame/numeric.h"
 
 namespace wavefilters {
@@ -24,6 +23,7 @@ int Resample::SrcSet() {
   CalcCoef(coef, coefCount);
   coefCount = std::clamp(coefCount, 0, MaxTaps);
   stream = setup;
+  bank.Store(coef, coefCount, stream.upFactor, stream.downFactor);
   AppendZeros(buffer, 0, stream.histLen);
   bufFill = stream.histLen;
   ended = false;
@@ -85,16 +85,28 @@ void Resample::Apply(float* in, float* out, int nIn, int nOut, int& consumed, in
   produced = static_cast<int>(steps.Produced(done));
   consumed = static_cast<int>(steps.Consumed(done));
 
-  for (int i = 0; i < produced; ++i) {
+  MakeOutputs(steps, in, Margins() + nIn, out, produced);
+  phase = LimitToInt32(steps.Phase(done));
+  downCount = LimitToInt32(steps.Count(done));
+}
+
+void Resample::MakeOutputs(const ResampleSteps& steps, const float* in, int inCount, float* out,
+                           int outCount) const {
+  const std::int64_t up = stream.upFactor;
+  // The bank knows the phases 0 to L - 1 and reads nothing before `in`.
+  if (phase >= 0 && phase < up && bank.TapsPerPhase() <= Margins() + 1) {
+    const std::int64_t first = Margins() * up + phase + steps.OutputStep(0);
+    bank.Run(in, inCount, first, out, outCount);
+    return;
+  }
+  for (int i = 0; i < outCount; ++i) {
     const std::int64_t step = steps.OutputStep(i);
     const std::int64_t newest = Margins() + steps.Consumed(step);
     const std::int64_t inPhase = steps.Phase(step);
     // A phase below 0 has its place one input further on in the kernel.
-    const std::int64_t last = coefCount - 1 - inPhase - (inPhase < 0 ? stream.upFactor : 0);
-    out[i] = PolyphaseSum(in, newest, coef, coefCount, last, stream.upFactor);
+    const std::int64_t last = coefCount - 1 - inPhase - (inPhase < 0 ? up : 0);
+    out[i] = PolyphaseSum(in, newest, coef, coefCount, last, up);
   }
-  phase = LimitToInt32(steps.Phase(done));
-  downCount = LimitToInt32(steps.Count(done));
 }
 
 }  // namespace wavefilters

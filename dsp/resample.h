@@ -4,6 +4,8 @@
 #include <cstdint>
 
 #include "dsp/design.h"
+#include "dsp/polyphase.h"
+#include "dsp/resample_steps.h"
 #include "dsp/source_fill.h"
 #include "frame/siso_filter.h"
 
@@ -50,6 +52,8 @@ class Resample : public SISOFilter {
 
  private:
   void Fill(int want);
+  void MakeOutputs(const ResampleSteps& steps, const float* in, int inCount, float* out,
+                   int outCount) const;
   std::int32_t Margins() const { return stream.histLen + stream.aheadLen; }
 
   Setup stream;  // what the running stream was attached with
@@ -58,6 +62,7 @@ class Resample : public SISOFilter {
 
   std::int32_t coefCount = 0;
   float coef[MaxTaps] = {};
+  PolyphaseBank bank{WidestInstructionSet()};
 
   std::int32_t bufFill = 0;
   std::int32_t padLeft = 0;  // trailing zeros still to append
