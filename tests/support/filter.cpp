@@ -13,7 +13,7 @@ Filter::Filter(void* newObject, const Kind& newKind) : object(newObject), kind(n
 Filter::Filter(Filter&& other) noexcept
     : object(std::exchange(other.object, nullptr)),
       kind(other.kind),
-      ownTable(std::move(other.ownTable)) {}
+      table(std::move(other.table)) {}
 
 Filter::~Filter() {
   if (object != nullptr) {
@@ -92,20 +92,6 @@ Samples Filter::PullAll(const std::vector<int>& sizes) {
   return all;
 }
 
-AnySlot Filter::ExchangeAny(int slot, AnySlot replacement) {
-  // In front of slot 0 stand two words of type information, which the copy takes along.
-  constexpr std::ptrdiff_t Front = 2;
-  AnySlot*& table = *static_cast<AnySlot**>(object);
-  if (ownTable == nullptr) {
-    ownTable = std::make_unique<std::vector<AnySlot>>(table - Front, table + kind.slots);
-    table = ownTable->data() + Front;
-  }
-  if (slot >= kind.slots) {
-    throw std::out_of_range(std::string(kind.entry) + " has no slot " + std::to_string(slot));
-  }
-  return std::exchange(table[slot], replacement);
-}
-
 Filter MakeFilter(const Kind& kind) {
   const Factory factory(kind);
   void* const object = factory.GetFilter();
@@ -114,5 +100,7 @@ Filter MakeFilter(const Kind& kind) {
   }
   return {object, kind};
 }
+
+std::string KindName(const testing::TestParamInfo<Kind>& info) { return info.param.entry; }
 
 }  // namespace support

@@ -7,13 +7,15 @@
 #include "support/console_mock.h"
 #include "support/library.h"
 #include "support/num_stream_mock.h"
+#include "support/own_table.h"
 #include "support/samples.h"
 #include "support/source_mock.h"
 
 namespace support {
 
 // A filter of the library, driven through its slots. It holds the one reference that it was made
-// with; its end releases that reference and expects the filter to be gone by it.
+// with; its end releases that reference and expects the filter to be gone by it. Declare the mocks
+// that it gets before it, so that they outlive it.
 class Filter {
  public:
   // Takes over the reference. `kind` says how many slots the object has.
@@ -52,7 +54,10 @@ class Filter {
   // returns what stood there. The table lives as long as this handle.
   template <class Function>
   Function Exchange(int slot, Function replacement) {
-    return reinterpret_cast<Function>(ExchangeAny(slot, reinterpret_cast<AnySlot>(replacement)));
+    if (table == nullptr) {
+      table = std::make_unique<OwnTable>(object, kind.slots);
+    }
+    return table->Exchange(slot, replacement);
   }
 
   // Slots 15 and 16, called with the types of their family, as in Call<BlockApply>(15, in, out, n).
@@ -63,15 +68,16 @@ class Filter {
   }
 
  private:
-  AnySlot ExchangeAny(int slot, AnySlot replacement);
-
   void* object = nullptr;
   Kind kind{};
-  std::unique_ptr<std::vector<AnySlot>> ownTable;
+  std::unique_ptr<OwnTable> table;
 };
 
 // A new filter of a kind; its factory is gone already. Throws std::runtime_error where the library
 // hands out nothing.
 Filter MakeFilter(const Kind& kind);
+
+// Names the cases of a test suite over kinds after their entry points.
+std::string KindName(const testing::TestParamInfo<Kind>& info);
 
 }  // namespace support

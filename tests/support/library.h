@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <ostream>
 #include <string>
 
 #include "support/slots.h"
@@ -11,6 +12,8 @@ namespace support {
 struct Kind {
   const char* entry;
   int slots;
+
+  friend std::ostream& operator<<(std::ostream& out, const Kind& kind) { return out << kind.entry; }
 };
 
 inline constexpr Kind SetTrack{"SetTrackI", 15};
