@@ -12,15 +12,18 @@
 #include "frame/factory.h"
 #include "frame/sine_filter.h"
 #include "frame/square_filter.h"
+#include "voice/fric_syn.h"
+#include "voice/glot_syn.h"
+#include "voice/pulse_syn.h"
 
 namespace wavefilters {
 
 using SetTrackFactory = FactoryOfNothing;
 using BeamPelFactory = FactoryOfNothing;
 using BeamDataFactory = FactoryOfNothing;
-using GlotSynFactory = FactoryOfNothing;
-using FricSynFactory = FactoryOfNothing;
-using PulseSynFactory = FactoryOfNothing;
+using GlotSynFactory = FactoryOf<GlotSyn>;
+using FricSynFactory = FactoryOf<FricSyn>;
+using PulseSynFactory = FactoryOf<PulseSyn>;
 using FIRFactory = FactoryOf<FIRFilter>;
 using FIRNotchFactory = FactoryOf<FIRNotch>;
 using ResampleFactory = FactoryOf<ResampleBlackman>;

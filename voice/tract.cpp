@@ -1,0 +1,61 @@
+#include "voice/tract.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace wavefilters {
+
+void Tract::Set(const float* ratios, int count) {
+  std::copy_n(ratios, count, a + 1);
+  order = count;
+  StepUp();
+}
+
+// In place: step i reads its own ratio in a[i], which the steps before have not touched.
+void Tract::StepUp() {
+  constexpr double Ln2 = 0.6931471805599453;
+  for (int i = 1; i <= order; ++i) {
+    const double e = std::exp(double{a[i]} * Ln2);
+    const double k = (e - 1.0) / (e + 1.0);
+    for (int j = 1; j <= i / 2; ++j) {
+      const double p = a[j];
+      const double q = a[i - j];
+      a[i - j] = static_cast<float>(k * p + q);
+      a[j] = static_cast<float>(p + k * q);
+    }
+    a[i] = static_cast<float>(k);
+  }
+}
+
+float Tract::Gain() const {
+  float sum = a[0];
+  for (int j = 1; j <= order; ++j) {
+    sum += a[j];
+  }
+  return sum;
+}
+
+float Tract::Predict(const float* w, int k) const {
+  const int reach = std::min(order, k);
+  float sum = 0.0F;
+  for (int j = 1; j <= reach; ++j) {
+    sum += a[j] * w[k - j];
+  }
+  return sum;
+}
+
+void Tract::Filter(float* w, int count) const {
+  for (int k = 0; k < count; ++k) {
+    w[k] -= Predict(w, k);
+  }
+}
+
+void Tract::Widen() {
+  float g = 1.0F;
+  for (int j = 1; j <= order; ++j) {
+    g = static_cast<float>(double{g} * 0.9985);
+    a[j] *= g;
+  }
+}
+
+}  // namespace wavefilters
