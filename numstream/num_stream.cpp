@@ -33,10 +33,7 @@ class ExceptionsPass {
 
 }  // namespace
 
-NumStream::NumStream(StreamMode chosen) : mode(chosen) {
-  file.imbue(std::locale::classic());
-  parser.imbue(std::locale::classic());
-}
+NumStream::NumStream(StreamMode chosen) : mode(chosen) { file.imbue(std::locale::classic()); }
 
 bool NumStream::Open(char* name) {
   Close();
@@ -62,31 +59,16 @@ void NumStream::Measure() {
   file.seekg(0);
 }
 
-bool NumStream::GetSingle(float& value) { return ReadNumber(value); }
+bool NumStream::GetSingle(float& value) { return hasLine && currentLine.Read(value); }
 
-bool NumStream::GetDouble(double& value) { return ReadNumber(value); }
-
-template <class Number>
-bool NumStream::ReadNumber(Number& value) {
-  if (!hasLine) {
-    return false;
-  }
-  if (!parser.good()) {
-    parser.setstate(std::ios::failbit);
-    return false;
-  }
-  const ExceptionsPass pass{parser};
-  parser >> value;
-  return !parser.fail();
-}
+bool NumStream::GetDouble(double& value) { return hasLine && currentLine.Read(value); }
 
 bool NumStream::GetLine() {
   hasLine = false;
   if (mode == StreamMode::Binary || !file.is_open() || !ReadLine()) {
     return false;
   }
-  parser.clear();
-  parser.str(currentLine);
+  currentLine.Take(nextLine);
   hasLine = true;
   return true;
 }
@@ -97,7 +79,7 @@ bool NumStream::ReadLine() {
   }
   const ExceptionsPass pass{file};
   try {
-    std::getline(file, currentLine);
+    std::getline(file, nextLine);
   } catch (const std::ios_base::failure&) {
     // The file could not be read any further: that is the end of its lines.
   }

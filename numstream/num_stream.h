@@ -3,10 +3,10 @@
 
 #include <cstdint>
 #include <fstream>
-#include <sstream>
 #include <string>
 
 #include "frame/interfaces.h"
+#include "numstream/number_line.h"
 
 namespace wavefilters {
 
@@ -56,13 +56,11 @@ class NumStream : public INumStreamC {
   bool IsOpenBinary() const { return mode == StreamMode::Binary && file.is_open(); }
   void Measure();
   bool ReadLine();
-  template <class Number>
-  bool ReadNumber(Number& value);
 
   const StreamMode mode;
   std::ifstream file;
-  std::string currentLine;
-  std::istringstream parser;  // over the current line
+  std::string nextLine;  // what the file is read into
+  NumberLine currentLine;
   bool hasLine = false;
   std::int32_t bytesRemaining = 0;
 };
