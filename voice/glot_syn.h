@@ -2,7 +2,7 @@
 #define WAVEFILTERS_VOICE_GLOT_SYN_H
 
 #include "voice/event_track.h"
-#include "voice/tract.h"
+#include "voice/glot_pulse.h"
 
 namespace wavefilters {
 
@@ -24,15 +24,9 @@ class GlotSyn : public EventTrack {
   ~GlotSyn() = default;
 
  private:
-  bool ReadResonance();
-  void PutPulse(float* out, int at, std::int64_t period) const;
-  void Rise(float* w, int instant) const;
-  void Ring(float* w, int instant, std::int64_t period) const;
+  bool ReadResonance(GlotPulse& pulse);
 
-  double amplitude = 0.0;
-  double frequency_kHz = 0.0;
-  double bandwidth_kHz = 0.0;
-  Tract tract;
+  GlotPulse pulses[MostPulsesAtOnce];  // read, and not yet added
 };
 
 }  // namespace wavefilters

@@ -35,26 +35,19 @@ float Tract::Gain() const {
   return sum;
 }
 
-float Tract::Predict(const float* w, int k) const {
-  const int reach = std::min(order, k);
-  float sum = 0.0F;
-  for (int j = 1; j <= reach; ++j) {
-    sum += a[j] * w[k - j];
-  }
-  return sum;
+bool Tract::IsFinite() const {
+  return std::all_of(a, a + order + 1,
+                     [](float coefficient) { return std::isfinite(coefficient); });
 }
 
 void Tract::Filter(float* w, int count) const {
   for (int k = 0; k < count; ++k) {
-    w[k] -= Predict(w, k);
-  }
-}
-
-void Tract::Widen() {
-  float g = 1.0F;
-  for (int j = 1; j <= order; ++j) {
-    g = static_cast<float>(double{g} * 0.9985);
-    a[j] *= g;
+    const int reach = std::min(order, k);
+    float sum = 0.0F;
+    for (int j = 1; j <= reach; ++j) {
+      sum += a[j] * w[k - j];
+    }
+    w[k] -= sum;
   }
 }
 

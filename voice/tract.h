@@ -20,18 +20,16 @@ class Tract {
   void Set(const float* ratios, int count);
 
   int Order() const { return order; }
+  /// a[j], for j = 0 .. Order().
+  float Coefficient(int j) const { return a[j]; }
+  /// True when every coefficient is a finite number.
+  bool IsFinite() const;
 
   /// A(1), by which an output is multiplied to have unit gain at zero frequency.
   float Gain() const;
 
-  /// The sum over j = 1 .. min(order, k) of a[j] * w[k - j].
-  float Predict(const float* w, int k) const;
-
   /// Runs samples 0 .. count - 1 of `w` through the filter, from rest.
   void Filter(float* w, int count) const;
-
-  /// Widens the bandwidths: a[j] is multiplied by 0.9985^j.
-  void Widen();
 
  private:
   void StepUp();
