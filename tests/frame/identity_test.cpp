@@ -231,6 +231,7 @@ TEST(Factory, QueryInterfaceAddsItsReferenceThroughTheSlot) {
   EXPECT_EQ(reached, 1);
   EXPECT_EQ(Ask(factory.Object(), WaveFilterId).code, NO_INTERFACE_CODE);
   EXPECT_EQ(reached, 1);
+  table.Restore();
 }
 
 TEST(Factory, GetNamedGoesThroughItsOwnSlots) {
@@ -255,6 +256,7 @@ TEST(Factory, GetNamedGoesThroughItsOwnSlots) {
   table.Exchange(5, answer);
   EXPECT_EQ(factory.Slots().GetNamed(factory.Object(), dialogName, &out), 42);
   EXPECT_EQ(out, &mark);
+  table.Restore();
 }
 
 }  // namespace

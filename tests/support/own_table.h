@@ -10,15 +10,21 @@
 namespace support {
 
 // Gives an object of the library a table of its own, in which a host may exchange slots. The object
-// must not be used after the table is gone.
+// must not be used after the table is gone, unless Restore gave it the library's table back.
 class OwnTable {
  public:
   OwnTable(void* object, int slots)
-      : cells(Table(object) - Front, Table(object) + slots), slotCount(slots) {
+      : cells(Table(object) - Front, Table(object) + slots),
+        slotCount(slots),
+        owner(object),
+        original(Table(object)) {
     Table(object) = cells.data() + Front;
   }
   OwnTable(const OwnTable&) = delete;
   OwnTable& operator=(const OwnTable&) = delete;
+
+  // The object must still be alive.
+  void Restore() { Table(owner) = original; }
 
   // Puts `replacement` into the slot and returns what stood there.
   template <class Function>
@@ -37,6 +43,8 @@ class OwnTable {
 
   std::vector<AnySlot> cells;
   int slotCount;
+  void* owner;
+  AnySlot* original;
 };
 
 }  // namespace support
