@@ -13,37 +13,62 @@ set(CMAKE_INTERPROCEDURAL_OPTIMIZATION OFF)
 set(CMAKE_CXX_FLAGS_RELEASE "-O2")
 set(CMAKE_C_FLAGS_RELEASE "-O2")
 target_compile_options(wavefilters_flags INTERFACE
-  -Wall -Wextra -Wconversion -Wshadow -Werror
+  -Wall -Wextra -Wconversion -Wshadow $<$<BOOL:${WAVEFILTERS_WERROR}>:-Werror>
   # A fused multiply-add rounds once where two roundings are promised.
-  -ffp-contract=off)
+  -ffp-contract=off
+  -fstack-protector-strong)
 
 if(WAVEFILTERS_SANITIZE)
-  target_compile_options(wavefilters_flags INTERFACE
-    -fsanitize=${WAVEFILTERS_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
-  target_link_options(wavefilters_flags INTERFACE -fsanitize=${WAVEFILTERS_SANITIZE})
+  set(sanitizers -fsanitize=${WAVEFILTERS_SANITIZE})
   if(WAVEFILTERS_SANITIZE MATCHES undefined)
-    target_compile_options(wavefilters_flags INTERFACE -fsanitize=float-cast-overflow)
-    target_link_options(wavefilters_flags INTERFACE -fsanitize=float-cast-overflow)
+    # GCC's "undefined" lacks it.
+    list(APPEND sanitizers -fsanitize=float-cast-overflow)
   endif()
+  # For the whole folder: these come before a target's own options, which may take one back.
+  add_compile_options(${sanitizers} -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
+  add_link_options(${sanitizers})
+else()
+  set(optimised $<NOT:$<CONFIG:Debug>>)
+  target_compile_options(wavefilters_flags INTERFACE
+    # Needs optimisation, and would hide calls from AddressSanitizer that it checks itself.
+    $<${optimised}:-U_FORTIFY_SOURCE> $<${optimised}:-D_FORTIFY_SOURCE=2>
+    # The folder that it was built in leaves no trace in a binary.
+    $<${optimised}:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>
+    $<${optimised}:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build>)
 endif()
 
-# wavefilters_shared_library(name [options...]): links the library's sources under a name of their
-# own; options are added to the compilation.
+# wavefilters_shared_library(name [options...]): links the library's objects; where options are given,
+# compiles the sources once more with them.
 function(wavefilters_shared_library name)
-  get_target_property(sources wavefilters_objects SOURCES)
-  add_library(${name} SHARED ${sources})
-  foreach(source ${sources})
-    get_source_file_property(options ${source} TARGET_DIRECTORY wavefilters_objects COMPILE_OPTIONS)
-    if(options)
-      set_source_files_properties(${source} PROPERTIES COMPILE_OPTIONS "${options}")
-    endif()
-  endforeach()
-  target_link_libraries(${name} PRIVATE wavefilters_flags)
-  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
-  target_compile_options(${name} PRIVATE ${ARGN})
+  add_library(${name} SHARED)
+  if(ARGN)
+    get_target_property(sources wavefilters_objects SOURCES)
+    target_sources(${name} PRIVATE ${sources})
+    foreach(source ${sources})
+      get_source_file_property(options ${source} TARGET_DIRECTORY wavefilters_objects COMPILE_OPTIONS)
+      if(options)
+        set_source_files_properties(${source} PROPERTIES COMPILE_OPTIONS "${options}")
+      endif()
+    endforeach()
+    target_link_libraries(${name} PRIVATE wavefilters_flags)
+    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
+    target_compile_options(${name} PRIVATE ${ARGN})
+  else()
+    target_link_libraries(${name} PRIVATE wavefilters_objects)
+  endif()
+  target_compile_features(${name} INTERFACE cxx_std_17)
+  target_include_directories(${name} INTERFACE
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
+    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/wavefilters>)
   target_link_options(${name} PRIVATE
-    -Wl,--version-script=${PROJECT_SOURCE_DIR}/frame/exports.map -Wl,-z,defs -Wl,-z,relro,-z,now)
+    -Wl,--version-script=${PROJECT_SOURCE_DIR}/frame/exports.map
+    -Wl,--as-needed -Wl,-z,relro,-z,now -Wl,-z,noexecstack)
+  # Clang leaves a sanitizer's runtime to the program that loads the library.
+  if(NOT (WAVEFILTERS_SANITIZE AND CMAKE_CXX_COMPILER_ID MATCHES Clang))
+    target_link_options(${name} PRIVATE -Wl,-z,defs)
+  endif()
   set_target_properties(${name} PROPERTIES
+    LINKER_LANGUAGE CXX
     VERSION ${PROJECT_VERSION} SOVERSION 1
     LINK_DEPENDS ${PROJECT_SOURCE_DIR}/frame/exports.map)
 endfunction()
