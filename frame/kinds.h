@@ -12,15 +12,18 @@
 #include "frame/factory.h"
 #include "frame/sine_filter.h"
 #include "frame/square_filter.h"
+#include "tracks/beam_data.h"
+#include "tracks/beam_pel.h"
+#include "tracks/set_track.h"
 #include "voice/fric_syn.h"
 #include "voice/glot_syn.h"
 #include "voice/pulse_syn.h"
 
 namespace wavefilters {
 
-using SetTrackFactory = FactoryOfNothing;
-using BeamPelFactory = FactoryOfNothing;
-using BeamDataFactory = FactoryOfNothing;
+using SetTrackFactory = FactoryOf<SetTrack>;
+using BeamPelFactory = FactoryOf<BeamPel>;
+using BeamDataFactory = FactoryOf<BeamData>;
 using GlotSynFactory = FactoryOf<GlotSyn>;
 using FricSynFactory = FactoryOf<FricSyn>;
 using PulseSynFactory = FactoryOf<PulseSyn>;
