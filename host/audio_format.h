@@ -1,0 +1,52 @@
+#ifndef WAVEFILTERS_HOST_AUDIO_FORMAT_H
+#define WAVEFILTERS_HOST_AUDIO_FORMAT_H
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace wavechain {
+
+/// How a sample is stored.
+struct Encoding {
+  std::string_view name;  // as given to --encoding
+  int subtype;            // libsndfile's number
+  int bits;               // of the integers that samples are scaled to; 0 for floats
+  int bytes;              // that a sample takes, before any compression
+};
+
+/// A kind of audio file.
+struct Container {
+  std::string_view name;  // as given to --format, and the usual extension
+  std::string_view otherExtension;
+  int type;  // libsndfile's number
+  /// Greatest size of a file in bytes.
+  std::int64_t sizeLimit;
+  /// Its encoding where none is asked for.
+  std::string_view usualEncoding;
+};
+
+struct OutputFormat {
+  const Container* container = nullptr;
+  const Encoding* encoding = nullptr;
+
+  /// libsndfile's number for the two.
+  int Number() const { return container->type | encoding->subtype; }
+  std::string Text() const;
+};
+
+std::span<const Encoding> Encodings();
+std::span<const Container> Containers();
+
+/// Settles how to write `path` ("-" is standard output): the container by `format`, otherwise
+/// by the extension, otherwise WAV; the encoding as asked for, otherwise the container's usual
+/// one, 32-bit float wherever it holds floats. Fails (usage) on unknown names, with the
+/// nearest, and on encodings that the container does not hold.
+OutputFormat ChooseFormat(const std::string& path, const std::optional<std::string>& format,
+                          const std::optional<std::string>& encoding);
+
+}  // namespace wavechain
+
+#endif

@@ -1,0 +1,135 @@
+#include "host/audio_writer.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <string_view>
+
+#include "host/failure.h"
+#include "host/interrupt.h"
+#include "host/text.h"
+
+namespace wavechain {
+namespace {
+
+constexpr std::int64_t HeaderRoom = 4096;
+
+}  // namespace
+
+AudioWriter::AudioWriter(int fileDescriptor, std::string fileName, const OutputFormat& outputFormat,
+                         const SignalInfo& signal)
+    : descriptor(fileDescriptor),
+      name(std::move(fileName)),
+      format(outputFormat),
+      fullScale(signal.fullScale) {
+  if (format.encoding->bits != 0 && !(std::isfinite(fullScale) && fullScale > 0.0)) {
+    Fail(ExitStatus::Usage,
+         "--encoding {}: the signal has no full scale to scale by ({}); use float32",
+         format.encoding->name, NumberText(fullScale));
+  }
+  const double exactRate = 1000.0 / signal.interval_ms;
+  if (!(exactRate >= 0.5 && exactRate < std::numeric_limits<int>::max())) {
+    Fail(ExitStatus::Output, "{}: no audio file has the sampling rate of {} Hz", name,
+         NumberText(exactRate));
+  }
+  rate = static_cast<int>(std::lround(exactRate));
+  // An interval of 1000 / rate is not exact itself.
+  rateRounded = std::abs(exactRate - rate) > 1e-9 * exactRate;
+  RequireRoom(signal.length);
+
+  SF_INFO info = {};
+  info.samplerate = rate;
+  info.channels = 1;
+  info.format = format.Number();
+  sound = std::make_unique<SoundFile>(descriptor, SFM_WRITE, info);
+  if (sound->Get() == nullptr) {
+    Refuse();
+  }
+  // Its PEAK chunk carries the time of writing.
+  ::sf_command(sound->Get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
+}
+
+void AudioWriter::Write(const float* samples, int count) {
+  RequireRoom(total + count);
+  sf_count_t written = count;
+  if (format.encoding->subtype == SF_FORMAT_FLOAT) {
+    written = ::sf_write_float(sound->Get(), samples, count);
+  } else if (format.encoding->subtype == SF_FORMAT_DOUBLE) {
+    doubles.assign(samples, samples + count);
+    written = ::sf_write_double(sound->Get(), doubles.data(), count);
+  } else {
+    WriteIntegers(samples, count);
+    written = ::sf_write_int(sound->Get(), integers.data(), count);
+  }
+  if (written != count || sound->SystemError() != 0) {
+    Refuse();
+  }
+  total += count;
+}
+
+void AudioWriter::WriteIntegers(const float* samples, int count) {
+  // Scaled here and not by libsndfile, which multiplies by 32767 what it divides by 32768.
+  const int spareBits = 32 - format.encoding->bits;
+  const double most = std::ldexp(1.0, format.encoding->bits - 1);
+  const double scale = most / fullScale;
+  integers.resize(static_cast<std::size_t>(count));
+  for (int i = 0; i < count; ++i) {
+    const double step = std::nearbyint(samples[i] * scale);
+    const double limited = std::clamp(step, -most, most - 1.0);
+    if (std::isnan(step)) {
+      ++zeroed;
+      integers[static_cast<std::size_t>(i)] = 0;
+      continue;
+    }
+    clipped += limited == step ? 0 : 1;
+    // libsndfile takes the uppermost bits of an int.
+    integers[static_cast<std::size_t>(i)] =
+        static_cast<int>(static_cast<std::int64_t>(limited) << spareBits);
+  }
+}
+
+void AudioWriter::Close() {
+  if (!sound->Close()) {
+    Refuse();
+  }
+  if (format.container->type == SF_FORMAT_RF64) {
+    ClearPeakTime();
+  }
+}
+
+// libsndfile 1.2 leaves the PEAK chunk in RF64 files, whatever it is told.
+void AudioWriter::ClearPeakTime() const {
+  std::array<char, 512> header = {};
+  const ssize_t size = ::pread(descriptor, header.data(), header.size(), 0);
+  const std::string_view text(header.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+  const std::size_t data = text.find("data");
+  const std::size_t peak = text.find("PEAK");
+  constexpr std::size_t TimeOffset = 12;  // behind the chunk's name, size and version
+  if (peak == std::string_view::npos || peak > data) {
+    return;
+  }
+  constexpr std::array<char, 4> Zeros = {};
+  if (::pwrite(descriptor, Zeros.data(), Zeros.size(), static_cast<off_t>(peak + TimeOffset)) !=
+      static_cast<ssize_t>(Zeros.size())) {
+    Fail(ExitStatus::Output, "{}: cannot be written: {}", name, SystemText(errno));
+  }
+}
+
+void AudioWriter::RequireRoom(std::int64_t samples) const {
+  const std::int64_t most = (format.container->sizeLimit - HeaderRoom) / format.encoding->bytes;
+  if (samples > most) {
+    Fail(ExitStatus::Output,
+         "{}: {} samples do not fit into a {} file, which ends at 4 GiB; write .w64 or .rf64", name,
+         samples, format.container->name);
+  }
+}
+
+void AudioWriter::Refuse() const {
+  StopIfInterrupted();
+  Fail(ExitStatus::Output, "{}: cannot be written: {}", name, sound->Error());
+}
+
+}  // namespace wavechain

@@ -1,0 +1,267 @@
+#include "host/catalogue.h"
+
+#include <algorithm>
+
+namespace wavechain {
+namespace {
+
+constexpr double MostWhole = std::numeric_limits<std::int32_t>::max();
+constexpr double LeastWhole = std::numeric_limits<std::int32_t>::min();
+constexpr double MaxHalfLength = 2048;
+
+constexpr NamedValue BeamModes[] = {
+    {"none", 0},
+    {"distance_3_4", 1},
+    {"bend", 2},
+    {"velocity", 3},
+    {"acceleration", 4},
+    {"speed", 5},
+    {"tangential_acceleration", 6},
+    {"distance", 7},
+    {"palate", 8},
+};
+
+constexpr Parameter BeamPelParameters[] = {
+    {.name = "column",
+     .unit = "",
+     .help = "which number of each line to render, counted from 1 (6: y of pellet 3)",
+     .preset = 6,
+     .minimum = 1,
+     .maximum = MostWhole,
+     .whole = true},
+};
+
+constexpr Parameter BeamDataParameters[] = {
+    {.name = "mode",
+     .unit = "",
+     .help = "which measure to render",
+     .preset = 0,
+     .minimum = 0,
+     .maximum = 8,
+     .whole = true,
+     .names = BeamModes},
+    {.name = "a",
+     .unit = "",
+     .help = "mode distance: the first pellet; mode palate: 1 renders the nearest point's number",
+     .preset = 0,
+     .minimum = 0,
+     .maximum = 8,
+     .whole = true},
+    {.name = "b",
+     .unit = "",
+     .help = "mode distance: the second pellet",
+     .preset = 0,
+     .minimum = 0,
+     .maximum = 8,
+     .whole = true},
+};
+
+constexpr Parameter FIRFilterParameters[] = {
+    {.name = "half_length",
+     .unit = "samples",
+     .help = "the filter reaches this far to either side: 2 half_length + 1 coefficients",
+     .minimum = 1,
+     .maximum = MaxHalfLength,
+     .whole = true,
+     .reason = "with 0 its only coefficient would be 0/0, not a number"},
+};
+
+constexpr Parameter FIRNotchParameters[] = {
+    {.name = "half_length",
+     .unit = "samples",
+     .help = "the filter reaches this far to either side: 2 half_length + 1 coefficients",
+     .minimum = 0,
+     .maximum = MaxHalfLength,
+     .whole = true},
+    {.name = "frequency",
+     .unit = "Hz",
+     .help = "centre of the notch",
+     .preset = 2500,
+     .minimum = 0,
+     .belowHalfRate = true},
+    {.name = "edge_weight",
+     .unit = "",
+     .help = "weight of the outermost two of the seven cosines that the notch is made of",
+     .preset = 0.5},
+};
+
+double ResamplerCutoff(std::span<const double> before) {
+  return 1.0 / std::max(before[0], before[1]);
+}
+
+constexpr Parameter ResampleParameters[] = {
+    {.name = "down",
+     .unit = "",
+     .help = "decimation factor M: one output every M high-rate steps",
+     .preset = 1,
+     .minimum = 1,
+     .maximum = MostWhole,
+     .whole = true},
+    {.name = "up",
+     .unit = "",
+     .help = "interpolation factor L: L high-rate steps for each input sample",
+     .preset = 1,
+     .minimum = 1,
+     .maximum = MostWhole,
+     .whole = true},
+    {.name = "down_start",
+     .unit = "high-rate steps",
+     .help = "decimation count to start with; an output is made at 0",
+     .preset = 0,
+     .minimum = LeastWhole,
+     .maximum = MostWhole,
+     .whole = true},
+    {.name = "phase_start",
+     .unit = "high-rate steps",
+     .help = "interpolation phase to start with",
+     .preset = 0,
+     .minimum = LeastWhole,
+     .maximum = MostWhole,
+     .whole = true},
+    {.name = "shift",
+     .unit = "high-rate Nyquist frequency",
+     .help = "frequency by which the kernel is modulated, 0 for a low-pass",
+     .preset = 0},
+    {.name = "half_length",
+     .unit = "high-rate steps",
+     .help = "the kernel reaches this far to either side",
+     .preset = 60,
+     .minimum = 0,
+     .maximum = MaxHalfLength,
+     .whole = true},
+    {.name = "cutoff",
+     .unit = "high-rate Nyquist frequency",
+     .help = "cutoff of the kernel",
+     .computed = ResamplerCutoff,
+     .computedText = "1 / max(down, up)"},
+    {.name = "widen",
+     .unit = "",
+     .help = "the cutoff is raised by this, divided by the kernel's half-length",
+     .preset = 0.52},
+};
+
+constexpr Parameter SumSourcesParameters[] = {
+    {.name = "gain1", .unit = "factor", .help = "weight of the first signal", .preset = 1},
+    {.name = "gain2", .unit = "factor", .help = "weight of the second signal", .preset = 1},
+};
+
+constexpr Parameter EchoCancelParameters[] = {
+    {.name = "span",
+     .unit = "samples",
+     .help = "margin kept around the second signal; the result does not depend on it",
+     .preset = 0,
+     .minimum = 0,
+     .maximum = MaxHalfLength,
+     .whole = true},
+};
+
+constexpr Parameter SineParameters[] = {
+    {.name = "frequency",
+     .unit = "Hz",
+     .help = "frequency of the sine",
+     .preset = 100,
+     .minimum = 0,
+     .belowHalfRate = true},
+    {.name = "amplitude", .unit = "sample units", .help = "peak value", .preset = 1},
+    {.name = "phase", .unit = "degrees", .help = "phase of the first sample", .preset = 0},
+};
+
+constexpr Parameter SquareParameters[] = {
+    {.name = "half_period",
+     .unit = "samples",
+     .help = "length of each level",
+     .preset = 256,
+     .minimum = 1,
+     .maximum = MostWhole,
+     .whole = true},
+    {.name = "weight",
+     .unit = "sample units",
+     .help = "what the current level (-1 or 1) is multiplied by",
+     .preset = 1},
+    {.name = "previous_weight",
+     .unit = "sample units",
+     .help = "what the level of the sample before is multiplied by, and added",
+     .preset = 0},
+};
+
+constexpr DataFile RecordedTrack[] = {
+    {".iop", "1024 bytes of header, then 16-bit samples, most significant byte first"}};
+constexpr DataFile PelletTrack[] = {
+    {".xyd", "one line every 6.866 ms: 16 differences of coordinates in thousandths of a mm"}};
+constexpr DataFile PelletsAndPalate[] = {
+    PelletTrack[0], {"pal.dat", "the palate's contour: an x and a y a line, thousandths of a mm"}};
+constexpr DataFile GlottalEvents[] = {
+    {".gpl", "a pulse a line: ms, amplitude, kHz, bandwidth in kHz, log-area ratios"}};
+constexpr DataFile FricationEvents[] = {{".fla", "a burst a line: ms, amplitude, log-area ratios"}};
+constexpr DataFile ImpulseEvents[] = {{".gpm", "an impulse a line: ms, amplitude"}};
+
+constexpr FilterKind Kinds[] = {
+    {.name = "SetTrack",
+     .entryPoint = "SetTrackI",
+     .purpose = "replaces the signal by the track recorded in a file beside it",
+     .dataFiles = RecordedTrack,
+     .neverEnds = true},
+    {.name = "BeamPel",
+     .entryPoint = "BeamPelI",
+     .purpose = "replaces the signal by one coordinate of its pellet file",
+     .parameters = BeamPelParameters,
+     .dataFiles = PelletTrack},
+    {.name = "BeamData",
+     .entryPoint = "BeamDataI",
+     .purpose = "replaces the signal by a measure of its pellets: distance, speed, palate contact",
+     .parameters = BeamDataParameters,
+     .dataFiles = PelletsAndPalate},
+    {.name = "GlotSyn",
+     .entryPoint = "GlotSynI",
+     .purpose = "adds glottal pulses, shaped by a vocal tract, from an event file",
+     .dataFiles = GlottalEvents},
+    {.name = "FricSyn",
+     .entryPoint = "FricSynI",
+     .purpose = "adds bursts of noise, shaped by a vocal tract, from an event file",
+     .dataFiles = FricationEvents},
+    {.name = "PulseSyn",
+     .entryPoint = "PulseSynI",
+     .purpose = "sets single samples to impulses from an event file",
+     .dataFiles = ImpulseEvents},
+    {.name = "FIRFilter",
+     .entryPoint = "FIRFilterI",
+     .purpose = "smooths: a moving average weighted by a Hamming window",
+     .parameters = FIRFilterParameters},
+    {.name = "FIRNotch",
+     .entryPoint = "FIRNotchI",
+     .purpose = "takes out a narrow band around one frequency",
+     .parameters = FIRNotchParameters},
+    {.name = "ResampleBlackman",
+     .entryPoint = "ResampleI",
+     .purpose = "changes the sampling rate by the ratio up / down",
+     .parameters = ResampleParameters},
+    {.name = "SumSources",
+     .entryPoint = "SumSourcesI",
+     .purpose = "mixes two signals with a weight each",
+     .sources = 2,
+     .parameters = SumSourcesParameters},
+    {.name = "EchoCancel",
+     .entryPoint = "EchoCancelI",
+     .purpose = "subtracts a second signal from the first",
+     .sources = 2,
+     .parameters = EchoCancelParameters},
+    {.name = "SineFilter",
+     .entryPoint = "SineGenI",
+     .purpose = "adds a sine",
+     .parameters = SineParameters},
+    {.name = "SquareFilter",
+     .entryPoint = "SquareGenI",
+     .purpose = "replaces the signal by a square wave",
+     .parameters = SquareParameters},
+};
+
+}  // namespace
+
+std::span<const FilterKind> Catalogue() { return Kinds; }
+
+const FilterKind* FindFilter(std::string_view name) {
+  const auto* found = std::ranges::find(Kinds, name, &FilterKind::name);
+  return found == std::end(Kinds) ? nullptr : found;
+}
+
+}  // namespace wavechain

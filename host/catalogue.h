@@ -1,0 +1,73 @@
+#ifndef WAVEFILTERS_HOST_CATALOGUE_H
+#define WAVEFILTERS_HOST_CATALOGUE_H
+
+#include <limits>
+#include <optional>
+#include <span>
+#include <string_view>
+
+namespace wavechain {
+
+/// A word that may stand for a parameter's value.
+struct NamedValue {
+  std::string_view name;
+  double value;
+};
+
+/// One number of a filter's parameter list.
+struct Parameter {
+  std::string_view name;
+  std::string_view unit;  // empty for a plain number
+  std::string_view help;
+  /// The library's default; where there is neither this nor `computed`, a value must be given.
+  std::optional<double> preset = std::nullopt;
+  /// A default that follows from the parameters before it, and the same in words.
+  double (*computed)(std::span<const double> before) = nullptr;
+  std::string_view computedText = {};
+  double minimum = -std::numeric_limits<double>::infinity();
+  double maximum = std::numeric_limits<double>::infinity();
+  bool whole = false;
+  /// At most half the sampling rate of what the filter is fed.
+  bool belowHalfRate = false;
+  /// Why values outside the range are refused, where it is not plain.
+  std::string_view reason = {};
+  std::span<const NamedValue> names = {};
+
+  bool Required() const { return !preset && computed == nullptr; }
+};
+
+/// An argument that the host itself acts on, written as NAME=TEXT among the parameters.
+struct HostArgument {
+  std::string_view name;
+  std::string_view value;  // what stands behind the "=", as in FILE
+  std::string_view help;
+};
+
+/// A file that the filter reads beside the recording.
+struct DataFile {
+  std::string_view name;  // an extension such as ".xyd", or a whole name
+  std::string_view content;
+};
+
+/// One of the kinds of filter: what a user and the host need to know about it.
+struct FilterKind {
+  std::string_view name;
+  std::string_view entryPoint;
+  std::string_view purpose;
+  int sources = 1;
+  std::span<const Parameter> parameters = {};
+  std::span<const HostArgument> hostArguments = {};
+  std::span<const DataFile> dataFiles = {};
+  /// By design its EndOfSrc never becomes true: the host stops at the announced length.
+  bool neverEnds = false;
+};
+
+/// All thirteen kinds: the one table behind help, lists, parser and checks.
+std::span<const FilterKind> Catalogue();
+
+/// The kind of that name, or null.
+const FilterKind* FindFilter(std::string_view name);
+
+}  // namespace wavechain
+
+#endif

@@ -1,0 +1,47 @@
+#ifndef WAVEFILTERS_HOST_CHAIN_H
+#define WAVEFILTERS_HOST_CHAIN_H
+
+#include <vector>
+
+#include "frame/ref.h"
+#include "host/bridge_source.h"
+#include "host/filter_arguments.h"
+#include "host/filter_library.h"
+#include "host/log.h"
+
+namespace wavechain {
+
+/// The filters of one run, connected in order behind a source, with a bridge of the host's
+/// before each of them and one at the end. The library and the log must outlive it.
+class Chain {
+ public:
+  /// Builds every filter and sets it up in the order that filters rely on. Reports go to the
+  /// log, none with a quiet one. Fails (usage) where a filter is not in the library, or where
+  /// its parameters do not suit the rate that it is fed.
+  Chain(const FilterLibrary& library, wavefilters::Ref<HostSource> source,
+        const std::vector<FilterCall>& calls, Log& log);
+  /// Disposes of everything from the last filter up, then releases it.
+  ~Chain();
+  Chain(const Chain&) = delete;
+  Chain& operator=(const Chain&) = delete;
+
+  /// What the chain delivers, as its last filter announces it.
+  const SignalInfo& Output() const { return bridges.back()->Info(); }
+  /// Pulls up to `count` samples and returns how many came: fewer only at the end. Fails
+  /// (input) when a filter stops delivering without reporting an end.
+  int Pull(float* samples, int count);
+  /// True once the last sample has been pulled.
+  bool AtEnd() { return bridges.back()->EndOfSrc(); }
+
+ private:
+  void Append(const FilterLibrary& library, const FilterCall& call, Log& log);
+  void Bridge(wavefilters::IWaveFilterC* upstream, const SignalInfo& delivered,
+              const BridgeSettings& settings);
+
+  std::vector<const FilterKind*> kinds;
+  std::vector<wavefilters::Ref<BridgeSource>> bridges;  // one more than filters
+};
+
+}  // namespace wavechain
+
+#endif

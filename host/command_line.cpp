@@ -1,0 +1,176 @@
+#include "host/command_line.h"
+
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <new>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "host/audio_format.h"
+#include "host/catalogue_text.h"
+#include "host/failure.h"
+#include "host/file.h"
+#include "host/filter_library.h"
+#include "host/interrupt.h"
+#include "host/run.h"
+#include "host/text.h"
+
+namespace wavechain {
+namespace {
+
+struct InfoRequest {
+  std::string filter;
+  std::optional<std::string> library;
+  bool json = false;
+};
+
+// Standard output is checked like any other: a full disk must not look like success.
+void Print(const std::string& text) {
+  if (const int error = WriteAll(STDOUT_FILENO, text.data(), text.size())) {
+    StopIfInterrupted();
+    Fail(ExitStatus::Output, "standard output: cannot be written: {}", SystemText(error));
+  }
+}
+
+void List(const InfoRequest& request) {
+  const FilterLibrary library(request.library);
+  auto all = nlohmann::ordered_json::array();
+  std::string text;
+  for (const FilterKind& kind : Catalogue()) {
+    const bool available = library.Has(kind);
+    text += ListLine(kind, available);
+    all.push_back(InfoJson(kind, available));
+  }
+  Print(request.json ? all.dump(2) + "\n" : text);
+}
+
+void Info(const InfoRequest& request) {
+  const FilterKind* kind = FindFilter(request.filter);
+  if (kind == nullptr) {
+    Fail(ExitStatus::Usage, "there is no filter '{}'{}", request.filter,
+         Suggestion(request.filter, FilterNames()));
+  }
+  const bool available = FilterLibrary(request.library).Has(*kind);
+  Print(request.json ? InfoJson(*kind, available).dump(2) + "\n" : InfoText(*kind, available));
+}
+
+template <class Entry>
+std::string Choices(std::span<const Entry> table) {
+  std::vector<std::string_view> names;
+  for (const Entry& entry : table) {
+    names.push_back(entry.name);
+  }
+  return Joined(names);
+}
+
+void AddRun(CLI::App& app, RunRequest& request) {
+  CLI::App* run = app.add_subcommand("run", "Run a chain of filters over a recording");
+  run->add_option("IN", request.input,
+                  "recording to read (WAV, FLAC, AIFF, W64, RF64 and what else libsndfile "
+                  "reads); - is standard input")
+      ->required();
+  run->add_option("OUT", request.output,
+                  "file to write, its format from the extension (WAV without one); - is standard "
+                  "output, which gets the whole file at the end")
+      ->required();
+  run->add_option("-f,--filter", request.filters,
+                  "a filter and its parameters, by name, by position or both, as in "
+                  "\"FIRNotch 200 frequency=2500\"; once for each filter, in order")
+      ->allow_extra_args(false);
+  run->add_option("--channel", request.channel, "channel to read, from 1 (files of several)");
+  run->add_option("--encoding", request.encoding,
+                  "how samples are stored: " + Choices(Encodings()) +
+                      "; float32 by default (pcm24 in FLAC). Integers are scaled by the signal's "
+                      "full scale");
+  run->add_option("--format", request.format,
+                  "kind of file to write, whatever the extension: " + Choices(Containers()));
+  run->add_option("--library", request.library, "filter library to load instead of the usual one");
+  run->add_flag("--force", request.force, "replace OUT where it exists");
+  run->add_flag("--allow-truncated", request.allowTruncated,
+                "take what is there of a recording that was cut short");
+  run->add_flag("-q,--quiet", request.quiet, "say nothing but warnings and errors");
+  run->footer(HelpText());
+  run->callback([&request] { Run(request); });
+}
+
+void AddInfo(CLI::App& app, InfoRequest& request) {
+  CLI::App* list = app.add_subcommand("list", "List the filters");
+  list->add_flag("--json", request.json, "as JSON, with everything that info tells");
+  list->add_option("--library", request.library, "filter library to load");
+  list->callback([&request] { List(request); });
+  CLI::App* info = app.add_subcommand("info", "Tell what a filter does, its parameters and files");
+  info->add_option("FILTER", request.filter, "the filter's name")->required();
+  info->add_flag("--json", request.json, "as JSON");
+  info->add_option("--library", request.library, "filter library to load");
+  info->callback([&request] { Info(request); });
+}
+
+int Report(ExitStatus status, std::string_view message) {
+  const std::string line = fmt::format("wavechain: {}\n", OneLine(message));
+  WriteAll(STDERR_FILENO, line.data(), line.size());
+  return static_cast<int>(status);
+}
+
+// CLI11 would only say that a command is missing.
+void RequireKnownCommand(const CLI::App& app, int argc, const char* const* argv) {
+  if (argc < 2 || std::string_view(argv[1]).starts_with('-')) {
+    return;
+  }
+  std::vector<std::string_view> names;
+  for (const CLI::App* command : app.get_subcommands({})) {
+    names.push_back(command->get_name());
+  }
+  if (std::ranges::find(names, std::string_view(argv[1])) == names.end()) {
+    Fail(ExitStatus::Usage, "there is no command '{}'{}", argv[1], Suggestion(argv[1], names));
+  }
+}
+
+int Understand(CLI::App& app, int argc, const char* const* argv) {
+  RequireKnownCommand(app, argc, argv);
+  try {
+    app.parse(argc, argv);
+    return static_cast<int>(ExitStatus::Done);
+  } catch (const CLI::CallForVersion& version) {
+    Print(std::string(version.what()) + "\n");
+  } catch (const CLI::Success&) {
+    const auto chosen = app.get_subcommands();
+    Print((chosen.empty() ? &app : chosen.front())->help());
+  } catch (const CLI::ParseError& error) {
+    const auto chosen = app.get_subcommands();
+    return Report(ExitStatus::Usage,
+                  fmt::format("{}; see wavechain {}--help", error.what(),
+                              chosen.empty() ? "" : chosen.front()->get_name() + " "));
+  }
+  return static_cast<int>(ExitStatus::Done);
+}
+
+}  // namespace
+
+int CommandLine(int argc, const char* const* argv) {
+  CatchInterrupts();
+  RunRequest run;
+  InfoRequest info;
+  try {
+    CLI::App app("Runs chains of signal filters over recordings.", "wavechain");
+    app.set_version_flag("--version", "wavechain " WAVECHAIN_VERSION);
+    app.require_subcommand(1);
+    AddRun(app, run);
+    AddInfo(app, info);
+    app.footer(
+        "wavechain COMMAND --help tells more about a command; run's lists all filters.\n"
+        "Exit status: 0 done, 1 wrong usage or chain, 2 input could not be processed,\n"
+        "3 output could not be written, 130 interrupted.");
+    return Understand(app, argc, argv);
+  } catch (const Failure& failure) {
+    return Report(failure.Status(), failure.what());
+  } catch (const std::bad_alloc&) {
+    return Report(ExitStatus::Input, "out of memory");
+  } catch (const std::exception& error) {
+    return Report(ExitStatus::Input, error.what());
+  }
+}
+
+}  // namespace wavechain

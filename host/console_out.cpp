@@ -1,0 +1,44 @@
+#include "host/console_out.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <chrono>
+
+namespace wavechain {
+namespace {
+
+std::chrono::steady_clock::time_point ClockStart() {
+  static const auto start = std::chrono::steady_clock::now();
+  return start;
+}
+
+}  // namespace
+
+ConsoleOut::~ConsoleOut() {
+  if (!line.empty()) {
+    NewLine();
+  }
+}
+
+void ConsoleOut::PutStr(const char* text) {
+  if (text != nullptr) {
+    line += text;
+  }
+}
+
+void ConsoleOut::NewLine() {
+  log.Report(label + line);
+  line.clear();
+}
+
+void ConsoleOut::PutNum(int width, int precision, double value) {
+  line += fmt::format("{:{}.{}f}", value, std::clamp(width, 0, 100), std::clamp(precision, 0, 100));
+}
+
+void ConsoleOut::GetTime(double* seconds) {
+  const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - ClockStart();
+  *seconds = elapsed.count();
+}
+
+}  // namespace wavechain

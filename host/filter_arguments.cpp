@@ -1,0 +1,231 @@
+#include "host/filter_arguments.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "host/catalogue_text.h"
+#include "host/failure.h"
+#include "host/text.h"
+
+namespace wavechain {
+namespace {
+
+// Reads one word from `text` at `at`, quotes and backslashes resolved.
+class WordReader {
+ public:
+  explicit WordReader(std::string_view whole) : text(whole) {}
+
+  bool Next(Argument& word) {
+    while (at < text.size() && IsBlank(text[at])) {
+      ++at;
+    }
+    if (at == text.size()) {
+      return false;
+    }
+    word = Argument{};
+    while (at < text.size() && !IsBlank(text[at])) {
+      ReadPiece(word);
+    }
+    return true;
+  }
+
+ private:
+  static bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+
+  void ReadPiece(Argument& word) {
+    const char c = text[at++];
+    if (c == '"' || c == '\'') {
+      ReadQuoted(c, word.value);
+    } else if (c == '\\' && at < text.size() && IsEscapable(text[at])) {
+      word.value += text[at++];
+    } else if (c == '=' && !word.name) {
+      word.name = std::move(word.value);
+      word.value.clear();
+    } else {
+      word.value += c;
+    }
+  }
+
+  void ReadQuoted(char quote, std::string& value) {
+    while (at < text.size() && text[at] != quote) {
+      if (quote == '"' && text[at] == '\\' && at + 1 < text.size() && IsEscapable(text[at + 1])) {
+        ++at;
+      }
+      value += text[at++];
+    }
+    if (at == text.size()) {
+      Fail(ExitStatus::Usage, "-f '{}': a {} is opened and never closed", text, quote);
+    }
+    ++at;
+  }
+
+  static bool IsEscapable(char c) { return c == '"' || c == '\'' || c == '\\' || IsBlank(c); }
+
+  std::string_view text;
+  std::size_t at = 0;
+};
+
+// Settles the values of one filter, argument by argument.
+class Resolver {
+ public:
+  Resolver(const FilterKind& filterKind, std::string_view wholeText)
+      : kind(filterKind), text(wholeText), given(filterKind.parameters.size()) {}
+
+  void Take(const Argument& argument) {
+    if (!argument.name) {
+      TakeByPosition(argument.value);
+    } else if (const auto* parameter = Find(kind.parameters, *argument.name)) {
+      Set(static_cast<std::size_t>(parameter - kind.parameters.data()), argument.value);
+    } else if (const auto* own = Find(kind.hostArguments, *argument.name)) {
+      if (!hostValues.emplace(own->name, argument.value).second) {
+        Refuse("{} is given twice", own->name);
+      }
+    } else {
+      RefuseName(*argument.name);
+    }
+  }
+
+  FilterCall Finish() {
+    FilterCall call;
+    call.kind = &kind;
+    for (std::size_t i = 0; i < given.size(); ++i) {
+      const Parameter& parameter = kind.parameters[i];
+      if (given[i]) {
+        call.handed = static_cast<int>(i) + 1;
+      } else if (parameter.Required()) {
+        Refuse("{} is missing ({}); add {}=NUMBER", parameter.name, RangeText(parameter),
+               parameter.name);
+      }
+      call.values.push_back(given[i] ? *given[i] : Default(parameter, call.values));
+    }
+    call.hostValues = std::move(hostValues);
+    return call;
+  }
+
+ private:
+  template <class Entry>
+  static const Entry* Find(std::span<const Entry> table, std::string_view name) {
+    const auto found = std::ranges::find(table, name, &Entry::name);
+    return found == table.end() ? nullptr : &*found;
+  }
+
+  static double Default(const Parameter& parameter, std::span<const double> before) {
+    return parameter.preset ? *parameter.preset : parameter.computed(before);
+  }
+
+  template <class... Values>
+  [[noreturn]] void Refuse(fmt::format_string<Values...> what, Values&&... values) const {
+    Fail(ExitStatus::Usage, "-f '{}': {}", text,
+         fmt::format(what, std::forward<Values>(values)...));
+  }
+
+  [[noreturn]] void RefuseName(std::string_view name) const {
+    std::vector<std::string_view> names;
+    for (const Parameter& parameter : kind.parameters) {
+      names.push_back(parameter.name);
+    }
+    for (const HostArgument& own : kind.hostArguments) {
+      names.push_back(own.name);
+    }
+    if (names.empty()) {
+      Refuse("{} takes no parameters, so not '{}' either", kind.name, name);
+    }
+    Refuse("{} has no parameter '{}'{}", kind.name, name, Suggestion(name, names));
+  }
+
+  void TakeByPosition(const std::string& value) {
+    const auto open = std::ranges::find(given, std::optional<double>());
+    if (open == given.end()) {
+      Refuse("'{}' is one value too many; {} takes {}", value, kind.name,
+             Counted(static_cast<long long>(given.size()), "parameter"));
+    }
+    Set(static_cast<std::size_t>(open - given.begin()), value);
+  }
+
+  void Set(std::size_t index, const std::string& value) {
+    const Parameter& parameter = kind.parameters[index];
+    if (given[index]) {
+      Refuse("{} is given twice, {} and {}", parameter.name, NumberText(*given[index]), value);
+    }
+    const double number = Number(parameter, value);
+    if (parameter.whole && number != std::trunc(number)) {
+      Refuse("{} takes a whole number, not {}", parameter.name, value);
+    }
+    if (number < parameter.minimum || number > parameter.maximum) {
+      Refuse("{}={} is out of range ({}){}{}", parameter.name, value, RangeText(parameter),
+             parameter.reason.empty() ? "" : ": ", parameter.reason);
+    }
+    given[index] = number;
+  }
+
+  double Number(const Parameter& parameter, const std::string& value) const {
+    if (const auto* named = Find(parameter.names, value)) {
+      return named->value;
+    }
+    if (const std::optional<double> number = ParseNumber(value)) {
+      return *number;
+    }
+    if (parameter.names.empty()) {
+      Refuse("{} takes a number ({}), not '{}'", parameter.name, RangeText(parameter), value);
+    }
+    std::vector<std::string_view> names;
+    for (const NamedValue& named : parameter.names) {
+      names.push_back(named.name);
+    }
+    Refuse("{} takes a number or a name, not '{}'{}", parameter.name, value,
+           Suggestion(value, names));
+  }
+
+  const FilterKind& kind;
+  std::string_view text;
+  std::vector<std::optional<double>> given;
+  std::map<std::string, std::string, std::less<>> hostValues;
+};
+
+}  // namespace
+
+std::string FilterCall::Text() const {
+  std::string text(kind->name);
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    text += fmt::format(" {}={}", kind->parameters[i].name, NumberText(values[i]));
+  }
+  for (const auto& [name, value] : hostValues) {
+    text += fmt::format(" {}='{}'", name, value);
+  }
+  return text;
+}
+
+FilterText SplitFilter(std::string_view text) {
+  WordReader reader(text);
+  Argument word;
+  if (!reader.Next(word) || word.name) {
+    Fail(ExitStatus::Usage, "-f '{}': a filter's name comes first, as in FIRNotch half_length=200",
+         text);
+  }
+  FilterText filter;
+  filter.name = word.value;
+  while (reader.Next(word)) {
+    filter.arguments.push_back(word);
+  }
+  return filter;
+}
+
+FilterCall ParseFilter(std::string_view text) {
+  const FilterText split = SplitFilter(text);
+  const FilterKind* kind = FindFilter(split.name);
+  if (kind == nullptr) {
+    Fail(ExitStatus::Usage, "-f '{}': there is no filter '{}'{}", text, split.name,
+         Suggestion(split.name, FilterNames()));
+  }
+  return ResolveFilter(*kind, split, text);
+}
+
+FilterCall ResolveFilter(const FilterKind& kind, const FilterText& split, std::string_view text) {
+  Resolver resolver(kind, text);
+  for (const Argument& argument : split.arguments) {
+    resolver.Take(argument);
+  }
+  return resolver.Finish();
+}
+
+}  // namespace wavechain

@@ -1,0 +1,56 @@
+#ifndef WAVEFILTERS_HOST_FILTER_ARGUMENTS_H
+#define WAVEFILTERS_HOST_FILTER_ARGUMENTS_H
+
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/catalogue.h"
+
+namespace wavechain {
+
+/// One word behind a filter's name: a value, and its name where "NAME=" stood before it.
+struct Argument {
+  std::optional<std::string> name;
+  std::string value;
+};
+
+/// A filter as written on the command line, taken apart but not yet understood.
+struct FilterText {
+  std::string name;
+  std::vector<Argument> arguments;
+};
+
+/// A filter of a known kind with everything that it is to be given.
+struct FilterCall {
+  const FilterKind* kind = nullptr;
+  /// One value for each parameter; what was not given has its default.
+  std::vector<double> values;
+  /// How many of them the filter is handed: up to the last one that was given, so that the
+  /// others keep what the library itself starts from.
+  int handed = 0;
+  /// What was given for the host's own arguments, by name.
+  std::map<std::string, std::string, std::less<>> hostValues;
+
+  /// The call with every parameter by name, as it could be written.
+  std::string Text() const;
+};
+
+/// Splits "FIRNotch 200 frequency=2500" at its blanks. 'Single' and "double" quotes keep
+/// blanks in a value; a backslash keeps the quote, blank or backslash behind it.
+/// Fails (usage) on an unclosed quote and where there is no name.
+FilterText SplitFilter(std::string_view text);
+
+/// Finds the kind and settles its values. A value without a name goes to the first parameter
+/// that has none yet. Fails (usage) with the nearest name for an unknown one, on a value that
+/// is missing, given twice, no number, not whole where it must be, or out of range.
+FilterCall ParseFilter(std::string_view text);
+
+/// The same against a kind that is known already; `text` is named in failures.
+FilterCall ResolveFilter(const FilterKind& kind, const FilterText& split, std::string_view text);
+
+}  // namespace wavechain
+
+#endif

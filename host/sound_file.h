@@ -1,0 +1,51 @@
+#ifndef WAVEFILTERS_HOST_SOUND_FILE_H
+#define WAVEFILTERS_HOST_SOUND_FILE_H
+
+#include <sndfile.h>
+
+#include <cstdint>
+#include <string>
+
+namespace wavechain {
+
+/// An audio file on a descriptor that the caller keeps open. The bytes go through functions
+/// of our own, because only so is every failed read, write and seek noticed: some that
+/// libsndfile makes while it closes a file are otherwise lost.
+class SoundFile {
+ public:
+  /// `mode` is SFM_READ or SFM_WRITE. Where the file cannot be opened, Get() is null and
+  /// Error() says why.
+  SoundFile(int fileDescriptor, int mode, SF_INFO& info);
+  ~SoundFile();
+  SoundFile(const SoundFile&) = delete;
+  SoundFile& operator=(const SoundFile&) = delete;
+
+  SNDFILE* Get() const { return file; }
+  /// Completes and closes the audio file, not the descriptor; false when something failed.
+  bool Close();
+  /// What went wrong: the system's reason where there is one, otherwise libsndfile's.
+  std::string Error() const;
+  /// The errno value of the first call that failed, or 0.
+  int SystemError() const { return systemError; }
+  /// Bytes from the start of the file to the furthest one written.
+  std::int64_t Written() const { return written; }
+
+ private:
+  static sf_count_t Length(void* self);
+  static sf_count_t Seek(sf_count_t offset, int whence, void* self);
+  static sf_count_t Read(void* bytes, sf_count_t count, void* self);
+  static sf_count_t Write(const void* bytes, sf_count_t count, void* self);
+  static sf_count_t Tell(void* self);
+
+  sf_count_t Note(sf_count_t result, int error);
+
+  int descriptor;
+  SNDFILE* file = nullptr;
+  int systemError = 0;
+  std::int64_t written = 0;
+  std::string closingError;
+};
+
+}  // namespace wavechain
+
+#endif
