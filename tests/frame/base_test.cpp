@@ -228,6 +228,13 @@ TEST_P(SingleInput, SetsTheIntervalAndTheSourceThroughItsOwnSlots) {
   EXPECT_EQ(reached, Calls{"Dispose"});
 }
 
+TEST_P(SingleInput, SetSrcListReturnsWhatSrcSetReturns) {
+  filter.Exchange(
+      12, +[](void*) { return 4711; });
+  void* sources[] = {first.Give()};
+  EXPECT_EQ(filter.Slots().Set_src_list(filter.Object(), sources, 1), 4711);
+}
+
 TEST_P(SingleInput, AnExceptionOfItsSourcePassesAndTheStreamGoesOn) {
   filter.Set_src_list(first);
   first.before = [](const std::string& operation) {

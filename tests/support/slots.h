@@ -54,11 +54,11 @@ typedef struct FilterSlots {
   void (*Dispose)(void* self);                                             /*  5 */
   bool (*EndOfSrc)(void* self);                                            /*  6 */
   void (*EnableInPlace)(void* self, bool flag);                            /*  7 */
-  void (*Set_src_list)(void* self, void** sources, int count);             /*  8 */
+  int (*Set_src_list)(void* self, void** sources, int count);              /*  8 */
   void (*Set_param_list)(void* self, double* values, int count);           /*  9 */
   void (*Set_console_out)(void* self, void* console);                      /* 10 */
   void (*Set_num_stream)(void* self, void* stream);                        /* 11 */
-  void (*SrcSet)(void* self);                                              /* 12 */
+  int (*SrcSet)(void* self);                                               /* 12 */
   void (*InitFrom)(void* self, void* descriptor);                          /* 13 */
   void (*Init)(void* self, double interval_ms);                            /* 14 */
   AnySlot Slot15;                                                          /* 15 */
