@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <regex>
 #include <set>
 #include <string>
 #include <vector>
@@ -61,13 +60,13 @@ bool MayInclude(const std::string& file, const std::string& header) {
 }
 
 std::vector<std::string> HeadersIn(const fs::path& file) {
-  static const std::regex include(R"(^\s*#\s*include\s*[<"]([^>"]+)[>"])");
   std::vector<std::string> headers;
   std::ifstream text(file);
   for (std::string line; std::getline(text, line);) {
-    std::smatch match;
-    if (std::regex_search(line, match, include)) {
-      headers.push_back(match[1]);
+    const auto open = line.find_first_of("<\"");
+    const auto close = line.find_first_of(">\"", open + 1);
+    if (line.rfind("#include", 0) == 0 && close != std::string::npos) {
+      headers.push_back(line.substr(open + 1, close - open - 1));
     }
   }
   return headers;
@@ -75,7 +74,7 @@ std::vector<std::string> HeadersIn(const fs::path& file) {
 
 TEST(IncludeRules, HoldInEveryFile) {
   const fs::path root = PROJECT_ROOT;
-  int files = 0;
+  int headers = 0;
   for (const char* folder :
        {"frame", "numstream", "tracks", "voice", "dsp", "host", "examples", "tests"}) {
     if (!fs::exists(root / folder)) {
@@ -86,14 +85,14 @@ TEST(IncludeRules, HoldInEveryFile) {
       if (sources.count(entry.path().extension().string()) == 0) {
         continue;
       }
-      ++files;
       const std::string file = fs::relative(entry.path(), root).generic_string();
       for (const std::string& header : HeadersIn(entry.path())) {
+        ++headers;
         EXPECT_TRUE(MayInclude(file, header)) << file << " includes " << header;
       }
     }
   }
-  EXPECT_GT(files, 50) << "too few files were looked at";
+  EXPECT_GT(headers, 200) << "too few files were looked at";
 }
 
 TEST(IncludeRules, AreBrokenByWhatTheyForbid) {
