@@ -142,7 +142,7 @@ double BeamData::Bend() const {
 // Thousandths of a millimetre per millisecond are millimetres per second.
 double BeamData::Velocity() const { return (coord[Y3] - coordPrev[Y3]) / FramePeriod_ms; }
 
-// Times 1000 and not divided by the frame period: the scale that users of the mode know.
+// Times 1000 and not divided by the frame period once more: the scale of existing measurements.
 double BeamData::Acceleration() const {
   return 1000.0 * ((coord[Y3] - coordPrev[Y3]) / FramePeriod_ms -
                    (coordPrev[Y3] - coordPrev2[Y3]) / FramePeriod_ms);

@@ -27,7 +27,7 @@ namespace wavefilters {
 /// | 1    | distance of pellets 3 and 4                 | mm           | mm, 150         |
 /// | 2    | signed bend at pellet 4                     | mm           | mm, 150         |
 /// | 3    | velocity of pellet 3's y                    | mm/s         | mm/s, 500       |
-/// | 4    | change of that velocity per frame, x 1000   | mm/s         | mm/s^2, 50000   |
+/// | 4    | change of that velocity since the last one  | um/s         | mm/s^2, 50000   |
 /// | 5    | speed of pellet 3                           | mm/ms        | mm, 150         |
 /// | 6    | tangential acceleration of pellet 3         | mm/s per ms  | mm, 150         |
 /// | 7    | distance of pellets a and b (1 to 8)        | mm           | mm, 150         |
