@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <cmath>
+#include <cstdint>
+#include <limits>
 #include <nlohmann/json.hpp>
 
 #include "host/text.h"
@@ -13,8 +15,11 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 std::string LimitsText(const Parameter& parameter) {
-  const bool low = std::isfinite(parameter.minimum);
-  const bool high = std::isfinite(parameter.maximum);
+  // The ends of the 32-bit range are no limits that anyone would meet.
+  constexpr double Most = std::numeric_limits<std::int32_t>::max();
+  constexpr double Least = std::numeric_limits<std::int32_t>::min();
+  const bool low = parameter.minimum > Least;
+  const bool high = parameter.maximum < Most;
   if (parameter.belowHalfRate) {
     return fmt::format("{} to half the sampling rate", NumberText(parameter.minimum));
   }
@@ -115,6 +120,9 @@ std::string HelpText() {
     for (const Parameter& parameter : kind.parameters) {
       text += fmt::format("      {} ({}; default {})\n", parameter.name, RangeText(parameter),
                           DefaultText(parameter));
+      if (!parameter.names.empty()) {
+        text += fmt::format("          {}\n", NamesText(parameter));
+      }
     }
   }
   return text;

@@ -57,6 +57,14 @@ void Info(const InfoRequest& request) {
   Print(request.json ? InfoJson(*kind, available).dump(2) + "\n" : InfoText(*kind, available));
 }
 
+int ChannelNumber(const std::string& text) {
+  const std::optional<double> number = ParseNumber(text);
+  if (!number || *number < 1.0 || *number > 1e6 || *number != static_cast<int>(*number)) {
+    Fail(ExitStatus::Usage, "--channel {}: takes a whole number from 1", text);
+  }
+  return static_cast<int>(*number);
+}
+
 template <class Entry>
 std::string Choices(std::span<const Entry> table) {
   std::vector<std::string_view> names;
@@ -71,16 +79,23 @@ void AddRun(CLI::App& app, RunRequest& request) {
   run->add_option("IN", request.input,
                   "recording to read (WAV, FLAC, AIFF, W64, RF64 and what else libsndfile "
                   "reads); - is standard input")
-      ->required();
+      ->required()
+      ->type_name("");
   run->add_option("OUT", request.output,
                   "file to write, its format from the extension (WAV without one); - is standard "
                   "output, which gets the whole file at the end")
-      ->required();
+      ->required()
+      ->type_name("");
   run->add_option("-f,--filter", request.filters,
                   "a filter and its parameters, by name, by position or both, as in "
                   "\"FIRNotch 200 frequency=2500\"; once for each filter, in order")
-      ->allow_extra_args(false);
-  run->add_option("--channel", request.channel, "channel to read, from 1 (files of several)");
+      ->allow_extra_args(false)
+      ->type_name("\"FILTER VALUE NAME=VALUE\"");
+  run->add_option_function<std::string>(
+         "--channel",
+         [&request](const std::string& text) { request.channel = ChannelNumber(text); },
+         "channel to read, from 1 (files of several)")
+      ->type_name("NUMBER");
   run->add_option("--encoding", request.encoding,
                   "how samples are stored: " + Choices(Encodings()) +
                       "; float32 by default (pcm24 in FLAC). Integers are scaled by the signal's "
@@ -116,33 +131,60 @@ int Report(ExitStatus status, std::string_view message) {
 
 // CLI11 would only say that a command is missing.
 void RequireKnownCommand(const CLI::App& app, int argc, const char* const* argv) {
-  if (argc < 2 || std::string_view(argv[1]).starts_with('-')) {
-    return;
-  }
   std::vector<std::string_view> names;
   for (const CLI::App* command : app.get_subcommands({})) {
     names.push_back(command->get_name());
+  }
+  if (argc < 2) {
+    Fail(ExitStatus::Usage, "no command is given{}; see wavechain --help", Suggestion("", names));
+  }
+  if (std::string_view(argv[1]).starts_with('-')) {
+    return;
   }
   if (std::ranges::find(names, std::string_view(argv[1])) == names.end()) {
     Fail(ExitStatus::Usage, "there is no command '{}'{}", argv[1], Suggestion(argv[1], names));
   }
 }
 
+// What CLI11 found no use for: "The following arguments were not expected" helps nobody.
+[[noreturn]] void RefuseExtras(const CLI::App& app) {
+  const auto chosen = app.get_subcommands();
+  const CLI::App& asked = chosen.empty() ? app : *chosen.front();
+  std::vector<std::string> names;
+  for (const CLI::Option* option : asked.get_options()) {
+    for (const std::string& name : option->get_lnames()) {
+      names.push_back("--" + name);
+    }
+  }
+  const std::vector<std::string> extras = app.remaining(true);
+  for (const std::string& extra : extras) {
+    if (extra.starts_with('-')) {
+      const std::string name = extra.substr(0, extra.find('='));
+      Fail(ExitStatus::Usage, "there is no option {}{}", name,
+           Suggestion(name, {names.begin(), names.end()}));
+    }
+  }
+  const bool mayBeParameter = asked.get_name() == "run";
+  Fail(ExitStatus::Usage, "'{}' is one word too many{}", extras.empty() ? "" : extras.front(),
+       mayBeParameter ? "; a filter and its parameters stand in quotes, as in -f \"FIRNotch "
+                        "half_length=200\""
+                      : "");
+}
+
 int Understand(CLI::App& app, int argc, const char* const* argv) {
   RequireKnownCommand(app, argc, argv);
   try {
     app.parse(argc, argv);
-    return static_cast<int>(ExitStatus::Done);
   } catch (const CLI::CallForVersion& version) {
     Print(std::string(version.what()) + "\n");
   } catch (const CLI::Success&) {
-    const auto chosen = app.get_subcommands();
-    Print((chosen.empty() ? &app : chosen.front())->help());
+    Print(app.help());
+  } catch (const CLI::ExtrasError&) {
+    RefuseExtras(app);
   } catch (const CLI::ParseError& error) {
     const auto chosen = app.get_subcommands();
-    return Report(ExitStatus::Usage,
-                  fmt::format("{}; see wavechain {}--help", error.what(),
-                              chosen.empty() ? "" : chosen.front()->get_name() + " "));
+    Fail(ExitStatus::Usage, "{}; see wavechain {}--help", error.what(),
+         chosen.empty() ? "" : chosen.front()->get_name() + " ");
   }
   return static_cast<int>(ExitStatus::Done);
 }
@@ -156,7 +198,8 @@ int CommandLine(int argc, const char* const* argv) {
   try {
     CLI::App app("Runs chains of signal filters over recordings.", "wavechain");
     app.set_version_flag("--version", "wavechain " WAVECHAIN_VERSION);
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1);
+    app.get_formatter()->column_width(26);
     AddRun(app, run);
     AddInfo(app, info);
     app.footer(
