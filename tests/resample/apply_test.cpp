@@ -83,6 +83,21 @@ TEST(ResamplerApply, TakesWhatLiesOutsideOfKernelAndBufferAsZero) {
   }
 }
 
+int claimed_count;
+void EmptyCalcCoef(void*, float*, int* count) { *count = claimed_count; }
+
+TEST(ResamplerApply, GivesZerosWithoutAKernel) {
+  for (const int count : {0, -1, -100}) {
+    resample::Pair pair;
+    pair.filter.Exchange(15, EmptyCalcCoef);
+    claimed_count = count;
+    pair.Set_param_list({2.0, 3.0});
+    pair.Attach(support::Noise(500));
+    pair.model.coef.clear();
+    for (int pull = 0; pull < 6; ++pull) pair.Pull(200);
+  }
+}
+
 TEST(ResamplerApply, CountsConsumedPositionsAndGoesOnAtTheNextStep) {
   support::CallLog log;
   support::SourceMock source("source", log);
