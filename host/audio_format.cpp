@@ -32,6 +32,8 @@ constexpr Container AllContainers[] = {
     {"rf64", "", SF_FORMAT_RF64, NoLimit, "float32"},
     {"au", "snd", SF_FORMAT_AU, FourGiB, "float32"},
     {"caf", "", SF_FORMAT_CAF, NoLimit, "float32"},
+    {"csv", "", 0, NoLimit, "", ContainerKind::Csv},
+    {"npy", "", 0, NoLimit, "", ContainerKind::Npy},
 };
 
 template <class Entry>
@@ -87,14 +89,15 @@ const Container& ChooseContainer(const std::string& path,
     Fail(ExitStatus::Usage, "--format {}: there is no such format{}", name, choices);
   }
   Fail(ExitStatus::Usage,
-       "{}: the extension .{} names no audio format{} (or give --format, as in --format wav)", path,
-       name, choices);
+       "{}: the extension .{} names no format{} (or give --format, as in --format wav)", path, name,
+       choices);
 }
 
 }  // namespace
 
 std::string OutputFormat::Text() const {
-  return fmt::format("{}, {}", container->name, encoding->name);
+  return encoding == nullptr ? std::string(container->name)
+                             : fmt::format("{}, {}", container->name, encoding->name);
 }
 
 std::span<const Encoding> Encodings() { return AllEncodings; }
@@ -103,6 +106,13 @@ std::span<const Container> Containers() { return AllContainers; }
 OutputFormat ChooseFormat(const std::string& path, const std::optional<std::string>& format,
                           const std::optional<std::string>& encoding) {
   const Container& container = ChooseContainer(path, format);
+  if (container.kind != ContainerKind::Audio) {
+    if (encoding) {
+      Fail(ExitStatus::Usage, "--encoding {}: a {} file has no choice of encodings; leave it out",
+           *encoding, container.name);
+    }
+    return {&container, nullptr};
+  }
   const std::string_view wanted = encoding ? *encoding : container.usualEncoding;
   const auto* found = std::ranges::find(AllEncodings, wanted, &Encoding::name);
   if (found == std::end(AllEncodings)) {

@@ -17,22 +17,26 @@ struct Encoding {
   int bytes;              // that a sample takes, before any compression
 };
 
-/// A kind of audio file.
+/// Who writes a container: libsndfile, or the host itself.
+enum class ContainerKind { Audio, Csv, Npy };
+
+/// A kind of file that holds a signal.
 struct Container {
   std::string_view name;  // as given to --format, and the usual extension
   std::string_view otherExtension;
-  int type;  // libsndfile's number
+  int type;  // libsndfile's number; 0 for what it does not know
   /// Greatest size of a file in bytes.
   std::int64_t sizeLimit;
   /// Its encoding where none is asked for.
   std::string_view usualEncoding;
+  ContainerKind kind = ContainerKind::Audio;
 };
 
 struct OutputFormat {
   const Container* container = nullptr;
-  const Encoding* encoding = nullptr;
+  const Encoding* encoding = nullptr;  // null where the container has but one form
 
-  /// libsndfile's number for the two.
+  /// libsndfile's number for the two; for audio only.
   int Number() const { return container->type | encoding->subtype; }
   std::string Text() const;
 };

@@ -20,7 +20,7 @@ constexpr std::int64_t HeaderRoom = 4096;
 }  // namespace
 
 AudioWriter::AudioWriter(int fileDescriptor, std::string fileName, const OutputFormat& outputFormat,
-                         const SignalInfo& signal)
+                         const SignalInfo& signal, const std::string& comment)
     : descriptor(fileDescriptor),
       name(std::move(fileName)),
       format(outputFormat),
@@ -50,6 +50,10 @@ AudioWriter::AudioWriter(int fileDescriptor, std::string fileName, const OutputF
   }
   // Its PEAK chunk carries the time of writing.
   ::sf_command(sound->Get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
+  if (!comment.empty()) {
+    // Formats without a place for it refuse; the report on standard error says the same.
+    ::sf_set_string(sound->Get(), SF_STR_COMMENT, comment.c_str());
+  }
 }
 
 void AudioWriter::Write(const float* samples, int count) {

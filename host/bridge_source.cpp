@@ -9,6 +9,8 @@ namespace {
 // thousands a pull. Beyond this many empty ones nothing will come.
 constexpr int MostEmptyDeliveries = 1 << 20;
 
+}  // namespace
+
 SignalInfo Amended(SignalInfo info, const BridgeSettings& settings) {
   info.name = settings.name.value_or(info.name);
   if (settings.length) {
@@ -18,8 +20,6 @@ SignalInfo Amended(SignalInfo info, const BridgeSettings& settings) {
   info.length += settings.silence;
   return info;
 }
-
-}  // namespace
 
 BridgeSource::BridgeSource(wavefilters::Ref<wavefilters::IWaveFilterC> before,
                            const SignalInfo& delivered, const BridgeSettings& bridgeSettings)

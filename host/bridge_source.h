@@ -22,6 +22,9 @@ struct BridgeSettings {
   std::int64_t silence = 0;
 };
 
+/// What the settings make of the description of a signal.
+SignalInfo Amended(SignalInfo info, const BridgeSettings& settings);
+
 /// The host's own source between two filters of a chain: it forwards the samples, and can
 /// rename the signal, cut it to a length, end it by its length, and append silence, in this
 /// order. Everything the host does at the ends of a filter is done here.

@@ -185,44 +185,99 @@ constexpr Parameter SquareParameters[] = {
 };
 
 constexpr DataFile RecordedTrack[] = {
-    {".iop", "1024 bytes of header, then 16-bit samples, most significant byte first"}};
+    {".iop", "1024 bytes of header, then 16-bit samples, most significant byte first",
+     DataKind::RecordedTrack, "data"}};
 constexpr DataFile PelletTrack[] = {
-    {".xyd", "one line every 6.866 ms: 16 differences of coordinates in thousandths of a mm"}};
+    {".xyd", "one line every 6.866 ms: 16 differences of coordinates in thousandths of a mm",
+     DataKind::Pellets, "data"}};
 constexpr DataFile PelletsAndPalate[] = {
-    PelletTrack[0], {"pal.dat", "the palate's contour: an x and a y a line, thousandths of a mm"}};
+    PelletTrack[0],
+    {"pal.dat", "the palate's contour: an x and a y a line, thousandths of a mm", DataKind::Palate,
+     "palate"}};
 constexpr DataFile GlottalEvents[] = {
-    {".gpl", "a pulse a line: ms, amplitude, kHz, bandwidth in kHz, log-area ratios"}};
-constexpr DataFile FricationEvents[] = {{".fla", "a burst a line: ms, amplitude, log-area ratios"}};
-constexpr DataFile ImpulseEvents[] = {{".gpm", "an impulse a line: ms, amplitude"}};
+    {".gpl", "a pulse a line: ms, amplitude, kHz, bandwidth in kHz, log-area ratios",
+     DataKind::GlottalEvents, "events"}};
+constexpr DataFile FricationEvents[] = {{".fla", "a burst a line: ms, amplitude, log-area ratios",
+                                         DataKind::FricationEvents, "events"}};
+constexpr DataFile ImpulseEvents[] = {
+    {".gpm", "an impulse a line: ms, amplitude", DataKind::ImpulseEvents, "events"}};
+
+constexpr HostArgument TrackArguments[] = {
+    {"data", "FILE", "the data file, instead of the one beside the recording"}};
+constexpr HostArgument PalateArguments[] = {
+    TrackArguments[0],
+    {"palate", "FILE", "the palate's file, instead of pal.dat beside the recording"}};
+constexpr HostArgument EventArguments[] = {
+    {"events", "FILE", "the event file, instead of the one beside the recording"}};
+
+OutputScale TrackScale(std::span<const double> /*values*/) { return {"track units", 10.0}; }
+OutputScale PelletScale(std::span<const double> /*values*/) { return {"mm", 100.0}; }
+
+// The units are those of the numbers that come out. The library's own labels differ where a
+// mode divides by milliseconds, and the acceleration of mode 4 is 6.866 times what mm/s^2 says:
+// it is a difference of successive velocities times 1000, not divided by the frame period.
+OutputScale MeasureScale(std::span<const double> values) {
+  const int mode = static_cast<int>(values[0]);
+  switch (mode) {
+    case 3:
+      return {"mm/s", 500.0};
+    case 4:
+      return {"mm/s^2 x 6.866", 200000.0};
+    case 5:
+      return {"mm/ms", 1.0};
+    case 6:
+      return {"mm/s per ms", 200.0};
+    case 8:
+      return values[1] == 1.0 ? OutputScale{"point number", 2048.0} : OutputScale{"mm", 100.0};
+    default:
+      return {"mm", 150.0};
+  }
+}
 
 constexpr FilterKind Kinds[] = {
     {.name = "SetTrack",
      .entryPoint = "SetTrackI",
      .purpose = "replaces the signal by the track recorded in a file beside it",
+     .hostArguments = TrackArguments,
      .dataFiles = RecordedTrack,
+     .outputScale = TrackScale,
      .neverEnds = true},
     {.name = "BeamPel",
      .entryPoint = "BeamPelI",
      .purpose = "replaces the signal by one coordinate of its pellet file",
      .parameters = BeamPelParameters,
-     .dataFiles = PelletTrack},
+     .hostArguments = TrackArguments,
+     .dataFiles = PelletTrack,
+     .trackDriven = true,
+     .takesStream = true,
+     .outputScale = PelletScale},
     {.name = "BeamData",
      .entryPoint = "BeamDataI",
      .purpose = "replaces the signal by a measure of its pellets: distance, speed, palate contact",
      .parameters = BeamDataParameters,
-     .dataFiles = PelletsAndPalate},
+     .hostArguments = PalateArguments,
+     .dataFiles = PelletsAndPalate,
+     .trackDriven = true,
+     .takesStream = true,
+     .outputScale = MeasureScale},
     {.name = "GlotSyn",
      .entryPoint = "GlotSynI",
      .purpose = "adds glottal pulses, shaped by a vocal tract, from an event file",
-     .dataFiles = GlottalEvents},
+     .hostArguments = EventArguments,
+     .dataFiles = GlottalEvents,
+     .trackDriven = true},
     {.name = "FricSyn",
      .entryPoint = "FricSynI",
      .purpose = "adds bursts of noise, shaped by a vocal tract, from an event file",
-     .dataFiles = FricationEvents},
+     .hostArguments = EventArguments,
+     .dataFiles = FricationEvents,
+     .trackDriven = true},
     {.name = "PulseSyn",
      .entryPoint = "PulseSynI",
      .purpose = "sets single samples to impulses from an event file",
-     .dataFiles = ImpulseEvents},
+     .hostArguments = EventArguments,
+     .dataFiles = ImpulseEvents,
+     .trackDriven = true},
     {.name = "FIRFilter",
      .entryPoint = "FIRFilterI",
      .purpose = "smooths: a moving average weighted by a Hamming window",

@@ -43,10 +43,30 @@ struct HostArgument {
   std::string_view help;
 };
 
+/// What the lines or bytes of a data file are.
+enum class DataKind {
+  RecordedTrack,
+  Pellets,
+  Palate,
+  GlottalEvents,
+  FricationEvents,
+  ImpulseEvents
+};
+
 /// A file that the filter reads beside the recording.
 struct DataFile {
   std::string_view name;  // an extension such as ".xyd", or a whole name
   std::string_view content;
+  DataKind kind;
+  /// The host's argument that names another file.
+  std::string_view argument;
+};
+
+/// What a filter's output is counted in.
+struct OutputScale {
+  std::string_view unit;
+  /// What integers are scaled by; large enough for what occurs.
+  double fullScale;
 };
 
 /// One of the kinds of filter: what a user and the host need to know about it.
@@ -58,6 +78,15 @@ struct FilterKind {
   std::span<const Parameter> parameters = {};
   std::span<const HostArgument> hostArguments = {};
   std::span<const DataFile> dataFiles = {};
+  /// Its output follows its data file in step with the signal, and it renders nothing that
+  /// begins in the signal's last 1024 samples.
+  bool trackDriven = false;
+  /// Left to itself it would look for its file under a name made twice over: it is given a
+  /// number stream.
+  bool takesStream = false;
+  /// The output's unit by the parameters' values; null where it is the signal's own. The
+  /// library's own label may be another one.
+  OutputScale (*outputScale)(std::span<const double> values) = nullptr;
   /// By design its EndOfSrc never becomes true: the host stops at the announced length.
   bool neverEnds = false;
 };

@@ -74,17 +74,30 @@ std::string Choices(std::span<const Entry> table) {
   return Joined(names);
 }
 
+// A run on silence has no IN: the one file named is OUT.
+void TakeFiles(RunRequest& request) {
+  if (request.silence_s && !request.input.empty()) {
+    if (!request.output.empty()) {
+      Fail(ExitStatus::Usage, "with --silence there is no recording: name OUT alone, not {} too",
+           request.input);
+    }
+    request.output.swap(request.input);
+  }
+  if (request.output.empty()) {
+    Fail(ExitStatus::Usage, "{} missing: wavechain run IN OUT -f FILTER...",
+         request.input.empty() && !request.silence_s ? "IN and OUT are" : "OUT is");
+  }
+}
+
 void AddRun(CLI::App& app, RunRequest& request) {
   CLI::App* run = app.add_subcommand("run", "Run a chain of filters over a recording");
   run->add_option("IN", request.input,
                   "recording to read (WAV, FLAC, AIFF, W64, RF64 and what else libsndfile "
-                  "reads); - is standard input")
-      ->required()
+                  "reads); - is standard input. Left out with --silence")
       ->type_name("");
   run->add_option("OUT", request.output,
                   "file to write, its format from the extension (WAV without one); - is standard "
-                  "output, which gets the whole file at the end")
-      ->required()
+                  "output, which gets the whole file at the end. .csv and .npy hold the numbers")
       ->type_name("");
   run->add_option("-f,--filter", request.filters,
                   "a filter and its parameters, by name, by position or both, as in "
@@ -103,12 +116,24 @@ void AddRun(CLI::App& app, RunRequest& request) {
   run->add_option("--format", request.format,
                   "kind of file to write, whatever the extension: " + Choices(Containers()));
   run->add_option("--library", request.library, "filter library to load instead of the usual one");
+  run->add_option("--silence", request.silence_s,
+                  "seconds of silence as input, in place of a recording (with --rate)");
+  run->add_option("--rate", request.rate, "sampling rate of the silence, Hz");
+  run->add_option("--seed", request.seed, "of the noise that FricSyn draws; 1 by default");
+  run->add_flag("--allow-missing", request.allowMissing,
+                "run filters whose data files are missing or empty: they add nothing");
+  run->add_flag("--library-tail", request.libraryTail,
+                "leave the last 1024 samples as the library does, which renders nothing that "
+                "begins in them");
   run->add_flag("--force", request.force, "replace OUT where it exists");
   run->add_flag("--allow-truncated", request.allowTruncated,
                 "take what is there of a recording that was cut short");
   run->add_flag("-q,--quiet", request.quiet, "say nothing but warnings and errors");
   run->footer(HelpText());
-  run->callback([&request] { Run(request); });
+  run->callback([&request] {
+    TakeFiles(request);
+    Run(request);
+  });
 }
 
 void AddInfo(CLI::App& app, InfoRequest& request) {

@@ -2,16 +2,21 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
+#include <cmath>
+#include <cstdlib>
+#include <memory>
 
 #include "host/audio_input.h"
-#include "host/audio_writer.h"
 #include "host/chain.h"
 #include "host/failure.h"
 #include "host/interrupt.h"
 #include "host/make.h"
 #include "host/output_file.h"
 #include "host/recording_source.h"
+#include "host/signal_writer.h"
+#include "host/silent_source.h"
 #include "host/text.h"
 
 namespace wavechain {
@@ -36,6 +41,40 @@ std::vector<FilterCall> ParseFilters(const std::vector<std::string>& texts) {
   return calls;
 }
 
+// What feeds the chain: a recording, or silence in its place.
+class Input {
+ public:
+  explicit Input(const RunRequest& request) {
+    if (request.silence_s) {
+      const double samples = std::round(*request.silence_s * *request.rate);
+      source = wavefilters::Ref<HostSource>::Adopt(
+          Make<SilentSource>(static_cast<std::int64_t>(samples), *request.rate).Detach());
+      return;
+    }
+    file = std::make_unique<AudioInput>(request.input, request.channel, request.allowTruncated);
+    recording = Make<RecordingSource>(*file);
+    source = wavefilters::Ref<HostSource>::Share(recording.Get());
+  }
+
+  HostSource* Source() const { return source.Get(); }
+  std::int64_t NonFinite() const { return recording ? recording->NonFinite() : 0; }
+  std::string Name() const { return file ? file->Name() : "silence"; }
+  double Seconds() const {
+    return 0.001 * source->Info().interval_ms * static_cast<double>(source->Info().length);
+  }
+  void RequireIntact() const {
+    if (file) {
+      file->RequireIntact();
+    }
+  }
+  const AudioInput* File() const { return file.get(); }
+
+ private:
+  std::unique_ptr<AudioInput> file;
+  wavefilters::Ref<RecordingSource> recording;
+  wavefilters::Ref<HostSource> source;
+};
+
 std::string ProgressText(std::int64_t samples, const SignalInfo& signal) {
   const double seconds = 0.001 * signal.interval_ms * static_cast<double>(samples);
   const double percent =
@@ -44,7 +83,7 @@ std::string ProgressText(std::int64_t samples, const SignalInfo& signal) {
   return fmt::format("{:5.1f} %  {:.1f} s", percent, seconds);
 }
 
-Totals PullAll(Chain& chain, const AudioInput& input, AudioWriter& writer, Log& log) {
+Totals PullAll(Chain& chain, const Input& input, SignalWriter& writer, Log& log) {
   std::vector<float> block(BlockSamples);
   Totals totals;
   // Asked before it is looked for an end: on an empty recording filters still report.
@@ -65,12 +104,19 @@ std::string LengthText(std::int64_t samples, double interval_ms) {
                      0.001 * interval_ms * static_cast<double>(samples));
 }
 
-void ReportInput(const AudioInput& input, Log& log) {
+void ReportInput(const Input& input, Log& log) {
+  const SignalInfo& signal = input.Source()->Info();
+  if (input.File() == nullptr) {
+    log.Report(fmt::format("read   silence: {} Hz, {}", NumberText(1000.0 / signal.interval_ms),
+                           LengthText(signal.length, signal.interval_ms)));
+    return;
+  }
+  const AudioInput& file = *input.File();
   const std::string channel =
-      input.Channels() == 1 ? "1 channel"
-                            : fmt::format("channel {} of {}", input.Channel(), input.Channels());
-  log.Report(fmt::format("read   {}: {}, {} Hz, {}, {}", input.Name(), input.FormatText(),
-                         input.Rate(), channel, LengthText(input.Length(), 1000.0 / input.Rate())));
+      file.Channels() == 1 ? "1 channel"
+                           : fmt::format("channel {} of {}", file.Channel(), file.Channels());
+  log.Report(fmt::format("read   {}: {}, {} Hz, {}, {}", file.Name(), file.FormatText(),
+                         file.Rate(), channel, LengthText(file.Length(), 1000.0 / file.Rate())));
 }
 
 void WarnOfOddSamples(const std::string& name, std::int64_t nonFinite, Log& log,
@@ -81,7 +127,7 @@ void WarnOfOddSamples(const std::string& name, std::int64_t nonFinite, Log& log,
   }
 }
 
-void WarnOfOutput(const std::string& name, const Totals& totals, const AudioWriter& writer,
+void WarnOfOutput(const std::string& name, const Totals& totals, const SignalWriter& writer,
                   Log& log) {
   WarnOfOddSamples(
       name, totals.nonFinite, log,
@@ -91,14 +137,43 @@ void WarnOfOutput(const std::string& name, const Totals& totals, const AudioWrit
                          Counted(totals.samples, "sample")));
   }
   if (writer.RateRounded()) {
-    log.Warn(
-        fmt::format("warning: {}: its sampling rate is rounded to {} Hz", name, writer.Rate()));
+    log.Warn(fmt::format("warning: {}: its sampling rate is rounded to {} Hz", name,
+                         NumberText(writer.Rate())));
   }
 }
 
 void ReportChain(const std::vector<FilterCall>& calls, Log& log) {
   for (std::size_t i = 0; i < calls.size(); ++i) {
     log.Report(fmt::format("{}  {}", i == 0 ? "chain" : "     ", calls[i].Text()));
+  }
+}
+
+// What a reader of the file has to know and no field of it says.
+std::string Comment(const std::vector<FilterCall>& calls, const SignalInfo& signal) {
+  std::string comment;
+  if (!signal.units.empty()) {
+    comment = fmt::format("unit {}, full scale {}", signal.units, NumberText(signal.fullScale));
+  }
+  const bool hasEvents = std::ranges::any_of(calls, [](const FilterCall& call) {
+    return call.kind->trackDriven && call.kind->outputScale == nullptr;
+  });
+  if (hasEvents) {
+    // The last pulse of a voice lasts to the end of the block that it is rendered in.
+    comment += fmt::format("{}blocks of {} samples", comment.empty() ? "" : "; ", BlockSamples);
+  }
+  return comment;
+}
+
+void CheckInput(const RunRequest& request) {
+  if (request.silence_s.has_value() != request.rate.has_value()) {
+    Fail(ExitStatus::Usage, "--silence and --rate go together, as in --silence 2 --rate 16000");
+  }
+  if (request.silence_s && !(std::isfinite(*request.silence_s) && *request.silence_s >= 0.0)) {
+    Fail(ExitStatus::Usage, "--silence {}: seconds are 0 or more", NumberText(*request.silence_s));
+  }
+  if (request.rate && !(*request.rate >= 1.0 && *request.rate <= 1e6)) {
+    Fail(ExitStatus::Usage, "--rate {}: a sampling rate is 1 to 1000000 Hz",
+         NumberText(*request.rate));
   }
 }
 
@@ -110,30 +185,35 @@ void Run(const RunRequest& request) {
   const std::vector<FilterCall> calls = ParseFilters(request.filters);
   const OutputFormat format = ChooseFormat(request.output, request.format, request.encoding);
   const FilterLibrary library(request.library);
+  CheckInput(request);
   CheckTarget(request.output, request.force,
               request.input == "-" ? IdentityOf(STDIN_FILENO) : IdentityOf(request.input));
 
-  AudioInput input(request.input, request.channel, request.allowTruncated);
+  const Input input(request);
   ReportInput(input, log);
-  const auto source = Make<RecordingSource>(input);
   ReportChain(calls, log);
-  Chain chain(library, wavefilters::Ref<HostSource>::Share(source.Get()), calls, log);
+  const DataOptions data = {request.input == "-" ? "" : request.input, request.allowMissing,
+                            request.libraryTail};
+  Chain chain(library, wavefilters::Ref<HostSource>::Share(input.Source()), calls, data, log);
   const auto output = OpenOutput(request.output, request.force);
-  AudioWriter writer(output->Descriptor(), output->Name(), format, chain.Output());
+  const auto writer = MakeWriter(output->Descriptor(), output->Name(), format, chain.Output(),
+                                 Comment(calls, chain.Output()));
 
-  const Totals totals = PullAll(chain, input, writer, log);
-  writer.Close();
+  // The library draws noise from the process's generator: so every run repeats.
+  std::srand(request.seed);
+  const Totals totals = PullAll(chain, input, *writer, log);
+  writer->Close();
   log.ClearProgress();
-  WarnOfOddSamples(input.Name(), source->NonFinite(), log);
-  WarnOfOutput(output->Name(), totals, writer, log);
+  WarnOfOddSamples(input.Name(), input.NonFinite(), log);
+  WarnOfOutput(output->Name(), totals, *writer, log);
   output->Commit();
 
-  log.Report(fmt::format("write  {}: {}, {} Hz, {}", output->Name(), format.Text(), writer.Rate(),
+  log.Report(fmt::format("write  {}: {}, {} Hz, {}", output->Name(), format.Text(),
+                         NumberText(writer->Rate()),
                          LengthText(totals.samples, chain.Output().interval_ms)));
   const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-  const double seconds = static_cast<double>(input.Length()) / input.Rate();
   log.Report(fmt::format("done   in {:.3f} s, {:.0f} times real time", elapsed.count(),
-                         seconds / elapsed.count()));
+                         input.Seconds() / elapsed.count()));
 }
 
 }  // namespace wavechain

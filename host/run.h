@@ -9,7 +9,7 @@ namespace wavechain {
 
 /// What `wavechain run` was asked for.
 struct RunRequest {
-  std::string input;   // a path, or "-"
+  std::string input;   // a path, or "-"; empty where silence is the input
   std::string output;  // a path, or "-"
   std::vector<std::string> filters;
   std::optional<std::string> library;
@@ -19,6 +19,11 @@ struct RunRequest {
   bool force = false;
   bool quiet = false;
   bool allowTruncated = false;
+  bool allowMissing = false;
+  bool libraryTail = false;
+  std::optional<double> silence_s;  // with `rate`, in place of a recording
+  std::optional<double> rate;       // Hz
+  unsigned seed = 1;                // of the noise that FricSyn draws
 };
 
 /// Pulls the recording through the chain into the output, which appears whole or not at all.

@@ -1,0 +1,93 @@
+#include "host/filter_data.h"
+
+#include <fmt/format.h>
+
+#include <filesystem>
+
+#include "host/data_check.h"
+#include "host/data_report.h"
+#include "host/failure.h"
+
+namespace wavechain {
+namespace {
+
+// The library renders no record and no event that begins in a signal's last 1024 samples.
+constexpr std::int64_t UnrenderedTail = 1024;
+
+bool IsExtension(const DataFile& file) { return file.name.starts_with('.'); }
+
+}  // namespace
+
+FilterData::FilterData(const FilterCall& filterCall, std::size_t place, const SignalInfo& fed,
+                       const DataOptions& dataOptions, Log& log)
+    : call(filterCall),
+      who(fmt::format("filter {} ({})", place, filterCall.kind->name)),
+      options(dataOptions) {
+  for (const DataFile& file : call.kind->dataFiles) {
+    Prepare(file, fed, log);
+  }
+}
+
+BridgeSettings FilterData::Feed() const {
+  BridgeSettings settings;
+  settings.name = folder.SignalName();
+  if (call.kind->trackDriven && !options.libraryTail) {
+    settings.silence = UnrenderedTail;
+  }
+  return settings;
+}
+
+void FilterData::Prepare(const DataFile& file, const SignalInfo& fed, Log& log) {
+  const std::string path = Path(file);
+  if (const auto why = WhyUnreadable(path)) {
+    DoWithout(file, path, *why, log);
+    return;
+  }
+  if (const auto why = ReportOnData(file, call, path, fed, log)) {
+    DoWithout(file, path, *why, log);
+    return;
+  }
+  GiveName(file, path);
+}
+
+std::string FilterData::Path(const DataFile& file) const {
+  const auto given = call.hostValues.find(file.argument);
+  if (given != call.hostValues.end()) {
+    return given->second;
+  }
+  if (options.recording.empty()) {
+    Fail(ExitStatus::Usage,
+         "{}: its data file would lie beside the recording, but there is no recording's name; add "
+         "{}=FILE",
+         who, file.argument);
+  }
+  std::filesystem::path path = options.recording;
+  return IsExtension(file) ? path.replace_extension(file.name) : path.replace_filename(file.name);
+}
+
+void FilterData::GiveName(const DataFile& file, const std::string& path) {
+  if (IsExtension(file)) {
+    folder.LinkByExtension(file.name, path);
+  } else {
+    folder.LinkBehindName(file.name, path);
+  }
+}
+
+void FilterData::DoWithout(const DataFile& file, const std::string& path, const std::string& why,
+                           Log& log) {
+  if (!options.allowMissing) {
+    Fail(ExitStatus::Input,
+         "{}: {}: {}; name the file by {}=FILE, or run without it by --allow-missing", who, path,
+         why, file.argument);
+  }
+  constexpr double PalateMode = 8;
+  if (file.kind == DataKind::Palate && call.values[0] != PalateMode) {
+    // The library wants to open a palate for every measure, though it needs one for this only.
+    folder.EmptyBehindName(file.name);
+    log.Warn(fmt::format("warning: {}: {}: {}; the measure does without it", who, path, why));
+    return;
+  }
+  log.Warn(fmt::format("warning: {}: {}: {}; the filter adds nothing", who, path, why));
+}
+
+}  // namespace wavechain

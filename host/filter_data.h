@@ -1,0 +1,51 @@
+#ifndef WAVEFILTERS_HOST_FILTER_DATA_H
+#define WAVEFILTERS_HOST_FILTER_DATA_H
+
+#include <cstddef>
+#include <string>
+
+#include "host/bridge_source.h"
+#include "host/filter_arguments.h"
+#include "host/log.h"
+#include "host/signal_folder.h"
+
+namespace wavechain {
+
+/// How data files are found, and what may be missing.
+struct DataOptions {
+  std::string recording;      // path of the recording; empty where it has none
+  bool allowMissing = false;  // a filter whose file is missing runs all the same
+  bool libraryTail = false;   // the end of the signal stays as the library leaves it
+};
+
+/// The data files of one filter of a chain, which reads them in silence: here they are found,
+/// looked through beforehand, reported on, and given the names that the filter will look for.
+/// It must outlive the filter's attachment.
+class FilterData {
+ public:
+  /// For the filter at `place` (from 1) of the chain, fed with `fed`. Fails (usage) where
+  /// nothing says where a file is, and (input) where one is missing or empty, unless that is
+  /// allowed.
+  FilterData(const FilterCall& filterCall, std::size_t place, const SignalInfo& fed,
+             const DataOptions& dataOptions, Log& log);
+
+  /// What the filter's feed is to do: bear the name under which the files are found, and go
+  /// on in silence, because the filter renders nothing that begins in the last samples.
+  BridgeSettings Feed() const;
+
+ private:
+  void Prepare(const DataFile& file, const SignalInfo& fed, Log& log);
+  std::string Path(const DataFile& file) const;
+  void GiveName(const DataFile& file, const std::string& path);
+  /// What may be done without, is; otherwise fails.
+  void DoWithout(const DataFile& file, const std::string& path, const std::string& why, Log& log);
+
+  const FilterCall& call;
+  std::string who;  // "filter 2 (BeamPel)"
+  const DataOptions& options;
+  SignalFolder folder;
+};
+
+}  // namespace wavechain
+
+#endif

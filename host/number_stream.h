@@ -1,0 +1,40 @@
+#ifndef WAVEFILTERS_HOST_NUMBER_STREAM_H
+#define WAVEFILTERS_HOST_NUMBER_STREAM_H
+
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "frame/interfaces.h"
+
+namespace wavechain {
+
+/// The host's own reader of number files, which it hands to filters that would otherwise look
+/// for their file under a name of their own making. Text only: the binary operations do
+/// nothing. Numbers are read in the classic locale; only regular files open.
+class NumberStream : public wavefilters::INumStreamC {
+ public:
+  bool Open(char* name) override;
+  bool GetSingle(float& value) override;
+  bool GetDouble(double& value) override;
+  bool GetLine() override;
+  void Close() override;
+  bool Open(std::string name) override;
+  bool OpenFromString(std::string text) override;
+  int BytesRemain() override { return 0; }
+  void SkipBytes(int /*count*/) override {}
+  int ReadBytes(char* /*buffer*/, int /*count*/) override { return 0; }
+
+ protected:
+  NumberStream();
+  ~NumberStream() = default;
+
+ private:
+  std::ifstream file;
+  std::istringstream line;
+  bool hasLine = false;
+};
+
+}  // namespace wavechain
+
+#endif
