@@ -75,30 +75,33 @@ std::string Choices(std::span<const Entry> table) {
 }
 
 // A run on silence has no IN: the one file named is OUT.
-void TakeFiles(RunRequest& request) {
-  if (request.silence_s && !request.input.empty()) {
-    if (!request.output.empty()) {
-      Fail(ExitStatus::Usage, "with --silence there is no recording: name OUT alone, not {} too",
-           request.input);
-    }
+void TakeFiles(const CLI::Option& in, const CLI::Option& out, RunRequest& request) {
+  if (request.silence_s && out.count() > 0) {
+    Fail(ExitStatus::Usage, "with --silence there is no recording: name OUT alone, not {} too",
+         request.input);
+  }
+  if (request.silence_s) {
     request.output.swap(request.input);
   }
-  if (request.output.empty()) {
-    Fail(ExitStatus::Usage, "{} missing: wavechain run IN OUT -f FILTER...",
-         request.input.empty() && !request.silence_s ? "IN and OUT are" : "OUT is");
+  const bool outMissing = request.silence_s ? in.count() == 0 : out.count() == 0;
+  if (outMissing) {
+    Fail(ExitStatus::Usage, "{} is required; see wavechain run --help",
+         in.count() == 0 && !request.silence_s ? "IN" : "OUT");
   }
 }
 
 void AddRun(CLI::App& app, RunRequest& request) {
   CLI::App* run = app.add_subcommand("run", "Run a chain of filters over a recording");
-  run->add_option("IN", request.input,
-                  "recording to read (WAV, FLAC, AIFF, W64, RF64 and what else libsndfile "
-                  "reads); - is standard input. Left out with --silence")
-      ->type_name("");
-  run->add_option("OUT", request.output,
-                  "file to write, its format from the extension (WAV without one); - is standard "
-                  "output, which gets the whole file at the end. .csv and .npy hold the numbers")
-      ->type_name("");
+  CLI::Option* in =
+      run->add_option("IN", request.input,
+                      "recording to read (WAV, FLAC, AIFF, W64, RF64 and what else libsndfile "
+                      "reads); - is standard input. Left out with --silence");
+  in->type_name("");
+  CLI::Option* out = run->add_option(
+      "OUT", request.output,
+      "file to write, its format from the extension (WAV without one); - is standard "
+      "output, which gets the whole file at the end. .csv and .npy hold the numbers");
+  out->type_name("");
   run->add_option("-f,--filter", request.filters,
                   "a filter and its parameters, by name, by position or both, as in "
                   "\"FIRNotch 200 frequency=2500\"; once for each filter, in order")
@@ -130,8 +133,8 @@ void AddRun(CLI::App& app, RunRequest& request) {
                 "take what is there of a recording that was cut short");
   run->add_flag("-q,--quiet", request.quiet, "say nothing but warnings and errors");
   run->footer(HelpText());
-  run->callback([&request] {
-    TakeFiles(request);
+  run->callback([&request, in, out] {
+    TakeFiles(*in, *out, request);
     Run(request);
   });
 }

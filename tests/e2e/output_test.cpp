@@ -175,7 +175,7 @@ TEST_F(WavechainOutput, DotsInFoldersAreNoExtension) {
 TEST_F(WavechainOutput, TheFormatMayBeNamed) {
   ASSERT_EQ(Run(Path("out.5 final"), {"--format", "flac"}).status, 0);
   EXPECT_EQ(ReadSound(Path("out.5 final")).format, SF_FORMAT_FLAC | SF_FORMAT_PCM_24);
-  ExpectFailure(Path("out.5 final2"), 1, "the extension .5 final2 names no audio format");
+  ExpectFailure(Path("out.5 final2"), 1, "the extension .5 final2 names no format");
   ExpectFailure(Path("out.wva"), 1, "did you mean wav?");
   ExpectFailure(Path("out.wav"), 1, "--format flak: there is no such format; did you mean flac?",
                 {"--format", "flak"});

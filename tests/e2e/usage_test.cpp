@@ -101,7 +101,7 @@ TEST(WavechainUsage, ValuesAreGivenOnceAndNotTooMany) {
   ExpectFilterError("FIRNotch 200 2500 0.5 7",
                     "'7' is one value too many; FIRNotch takes 3 parameters");
   ExpectFilterError("FIRFilter 200 7", "'7' is one value too many; FIRFilter takes 1 parameter");
-  ExpectFilterError("GlotSyn gain=2", "GlotSyn takes no parameters, so not 'gain' either");
+  ExpectFilterError("GlotSyn gain=2", "GlotSyn has no parameter 'gain'; there are events");
 }
 
 TEST(WavechainUsage, AFilterIsWrittenInOnePieceAndStartsWithItsName) {
