@@ -1,11 +1,13 @@
 # What cmake --install brings: the library, the headers that a host includes, the CMake package and
 # the pkg-config file. Both find the rest from where they lie, so the tree may be moved as a whole.
-# The program wavechain installs itself from host/.
 
 include(CMakePackageConfigHelpers)
 
 install(TARGETS wavefilters EXPORT WaveFiltersTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+if(TARGET wavechain)
+  install(TARGETS wavechain RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
 foreach(header guid interfaces lifetime ref unknown)
   install(FILES ${PROJECT_SOURCE_DIR}/frame/${header}.h
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/wavefilters/frame)
