@@ -88,6 +88,10 @@ TEST(IncludeRules, HoldInEveryFile) {
       const std::string file = fs::relative(entry.path(), root).generic_string();
       for (const std::string& header : HeadersIn(entry.path())) {
         ++headers;
+        // The tests have folders named like the library's, for headers of their own.
+        if (Folder(file) == "tests" && fs::exists(root / "tests" / header)) {
+          continue;
+        }
         EXPECT_TRUE(MayInclude(file, header)) << file << " includes " << header;
       }
     }
