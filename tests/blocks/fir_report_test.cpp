@@ -138,4 +138,16 @@ TEST_P(FirReport, DoesNotTimeABlockOfNothing) {
   EXPECT_EQ(log.Take("console"), (Calls{"GetTime()", "PutStr(\"Avg MACC (ns) =\")", "NewLine()"}));
 }
 
+TEST_P(FirReport, DividesByOperationsBeyondAFloatsWholeNumbers) {
+  Attach(20, 1.0);
+  filter.Set_param_list({2048.0});
+  filter.Init(0.1);
+  filter.Exchange(6, +[](void*) { return true; });
+  log.Take();
+  Samples in = Constant(2 * 4097);
+  Samples out = Constant(4097);
+  filter.Call<BlockApply>(15, in.data(), out.data(), 4097);
+  EXPECT_EQ(log.Take("console"), Report(1e9 / (4097.0 * 4097.0)));
+}
+
 }  // namespace

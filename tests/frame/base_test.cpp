@@ -265,6 +265,17 @@ TEST_P(SingleInput, AnExceptionOfItsSourceInSetSrcListLeavesItReleasable) {
   EXPECT_EQ(filter.PullAll({9}).size(), 40U);
 }
 
+TEST_P(SingleInput, TakesASourceThatSaysNothingAsOneThatDeliveredNothing) {
+  filter.Set_src_list(first);
+  first.silent = true;
+  float buffer[10];
+  int produced = 3;
+  filter.Slots().TransmitNow(filter.Object(), buffer, 10, &produced);
+  EXPECT_EQ(produced, 0);
+  first.silent = false;
+  EXPECT_EQ(filter.PullAll({9}).size(), 40U);
+}
+
 TEST_P(SingleInput, FeedsAnotherFilterAsItsSource) {
   CallLog headLog;
   SourceMock head("head", headLog, Ramp(100));

@@ -254,6 +254,23 @@ TEST_F(SineFilter, MeasuresFromZeroWhereTheConsoleComesAndGoes) {
   EXPECT_EQ(log.Take("console").at(3), "PutNum(10, 3, 0)");
 }
 
+TEST_F(SineFilter, ReadsTheClockOfTheConsoleThatItHasAtThatMoment) {
+  // A host may exchange the console while it is asked for the end: without one the clock reads 0.
+  source.samples = Constant(8);
+  console.time_s = 5.0;
+  filter.Set_src_list(source);
+  source.before = [this](const std::string& operation) {
+    if (operation == "EndOfSrc") {
+      filter.Set_console_out(console.References() == 1 ? &console : nullptr);
+    }
+  };
+  filter.Pull(4);
+  source.before = nullptr;
+  log.Take();
+  filter.Pull(4);
+  EXPECT_EQ(log.Take("console").at(3), "PutNum(10, 3, " + Text(5.0 * 1e9 / 4 / 2) + ")");
+}
+
 TEST_F(SineFilter, KeepsSumAndCountThroughInitAndANewSource) {
   source.samples = Constant(4);
   console.step_s = 1.0;

@@ -51,6 +51,9 @@ void* SourceMock::NewDescriptor() {
 }
 
 int SourceMock::Transmit(float* buffer, int wanted, int* produced) {
+  if (silent) {
+    return result;
+  }
   const int possible = std::clamp(wanted, 0, Remaining());
   const int written = deliver ? std::clamp(deliver(wanted), 0, possible) : possible;
   std::copy_n(samples.begin() + position, written, buffer);

@@ -34,6 +34,8 @@ class SourceMock : public Mock {
   std::function<int(int count)> deliver;
   // What to say in `produced`, given the request and what was written. Without it: the truth.
   std::function<int(int count, int written)> claim;
+  // Leaves `produced` as it was, as a careless host does that delivers nothing.
+  bool silent = false;
   // What EndOfSrc answers. Without it: whether all samples are gone.
   std::function<bool()> end;
   // Runs before each operation, with its name as in "TransmitNow"; may throw.
