@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -176,6 +177,19 @@ TEST_P(EveryKind, FilterRefusesEveryIdentifierThatIsOneBitOff) {
   mixed = WaveFilterId;
   mixed.Data1 = UnknownId.Data1;
   ExpectRefused(filter.Object(), mixed);
+}
+
+TEST_P(EveryKind, IdentifiersAreComparedFieldByFieldWhateverFillsTheirPadding) {
+  const Filter filter = MakeFilter(GetParam());
+  for (const Guid& known : {UnknownId, WaveFilterId}) {
+    Guid dirty[2];
+    std::memset(dirty, 0xA5, sizeof dirty);
+    dirty[0].Data1 = known.Data1;
+    dirty[0].Data2 = known.Data2;
+    dirty[0].Data3 = known.Data3;
+    std::memcpy(dirty[0].Data4, known.Data4, sizeof known.Data4);
+    ExpectAccepted(filter.Object(), dirty[0]);
+  }
 }
 
 TEST_P(EveryKind, FilterCountsItsReferences) {
