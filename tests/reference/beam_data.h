@@ -118,14 +118,11 @@ class BeamData : public PelletRecords {
   double PairDistance() {
     if (param_a <= 0 || param_b <= 0) return 0.0;
     for (const int index : pair_index) {
-      if (index < 0 || index > 15) return 0.0;
       if (!Valid(index + 1, index + 1)) return 0.0;
     }
-    pair_index = {Int32(2.0 * param_a - 2), Int32(2.0 * param_a - 1), Int32(2.0 * param_b - 2),
-                  Int32(2.0 * param_b - 1)};
-    for (const int index : pair_index) {
-      if (index < 0 || index > 15) return 0.0;
-    }
+    // Without such a pellet the record has no measure and leaves everything as it was.
+    if (param_a > 8 || param_b > 8) return 0.0;
+    pair_index = {2 * param_a - 2, 2 * param_a - 1, 2 * param_b - 2, 2 * param_b - 1};
     return Length(C(pair_index[2] + 1) - C(pair_index[0] + 1),
                   C(pair_index[3] + 1) - C(pair_index[1] + 1)) /
            1000;

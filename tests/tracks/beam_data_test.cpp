@@ -250,6 +250,14 @@ TEST(BeamData, ModeSevenTakesAChangeOfPelletsIntoItsCheckOneRecordLate) {
   EXPECT_TRUE(std::all_of(late + 70, after.end(), [](float v) { return v == 0.0F; }));
 }
 
+TEST(BeamData, ModeSevenForgetsPelletsThatDoNotExist) {
+  Kinematics kinematics({7, 9, 10});
+  kinematics.AttachTo(Lines(std::vector<Record>(200, With({{7, 1000}}))), 9000);
+  EXPECT_EQ(kinematics.Pull(1000), Constant(1000));
+  kinematics.Set_param_list({7, 3, 4});
+  EXPECT_GT(kinematics.PullAll()[5000], 0.0F);
+}
+
 TEST(BeamData, KeepsItsHistoryOverAnAttachment) {
   const std::string steps = Lines({With({{5, 500}, {6, 6866}}), With({{6, 6866}}),
                                    With({{6, 6866}}), With({{5, 700}, {6, 6866}})});

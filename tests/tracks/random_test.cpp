@@ -94,6 +94,7 @@ std::vector<double> RandomParams(std::mt19937& random, const reference::BeamData
                              static_cast<double>(Between(random, 1, 8))};
   if (random() % 2 == 0) params[0] = 7;
   if (random() % 4 == 0) params[0] = 8;
+  if (random() % 8 == 0) params[1 + random() % 2] = Between(random, 8, 12);
   if (random() % 8 == 0) params.resize(random() % 4);
   return params;
 }
