@@ -39,14 +39,14 @@ std::string FormatName(int format) {
 }  // namespace
 
 AudioInput::AudioInput(const std::string& recording, std::optional<int> wantedChannel,
-                       bool allowTruncated)
+                       bool allowTruncated, std::string_view channelArgument)
     : path(recording), name(recording == "-" ? "standard input" : recording) {
   OpenFile();
   OpenSound();
   if (!allowTruncated) {
     RefuseTruncated();
   }
-  ChooseChannel(wantedChannel);
+  ChooseChannel(wantedChannel, channelArgument);
   // Streams of unknown length (FLAC made by a pipe) are counted once before they are read.
   constexpr auto Unknown = std::numeric_limits<sf_count_t>::max();
   length = info.frames == Unknown ? CountSamples() : std::max<std::int64_t>(info.frames, 0);
@@ -109,14 +109,14 @@ void AudioInput::OpenSound() {
   }
 }
 
-void AudioInput::ChooseChannel(std::optional<int> wanted) {
+void AudioInput::ChooseChannel(std::optional<int> wanted, std::string_view argument) {
   if (!wanted && info.channels > 1) {
-    Fail(ExitStatus::Usage, "{}: has {} channels; choose one by --channel 1 to --channel {}", name,
-         info.channels, info.channels);
+    Fail(ExitStatus::Usage, "{}: has {} channels; choose one by {}1 to {}{}", name, info.channels,
+         argument, argument, info.channels);
   }
   channel = wanted.value_or(1);
   if (channel < 1 || channel > info.channels) {
-    Fail(ExitStatus::Usage, "--channel {}: {} has {}", channel, name,
+    Fail(ExitStatus::Usage, "{}{}: {} has {}", argument, channel, name,
          info.channels == 1 ? "1 channel" : fmt::format("channels 1 to {}", info.channels));
   }
   if (info.channels > 1) {

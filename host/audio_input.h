@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/file.h"
@@ -20,8 +21,10 @@ class AudioInput {
   /// `path` may be "-" for standard input. Channels count from 1. Fails (input) where the
   /// file cannot be opened or is none that libsndfile knows, and where its header announces
   /// more than the file holds, unless `allowTruncated`; fails (usage) where a file of several
-  /// channels comes without a choice, or with a choice that it does not have.
-  AudioInput(const std::string& path, std::optional<int> wantedChannel, bool allowTruncated);
+  /// channels comes without a choice, or with a choice that it does not have. The choice is
+  /// called by `channelArgument`, which the number follows, in messages.
+  AudioInput(const std::string& path, std::optional<int> wantedChannel, bool allowTruncated,
+             std::string_view channelArgument = "--channel ");
 
   /// Reads up to `count` samples (1 or more); fewer at the end, or where the file gives out.
   int Read(float* samples, int count);
@@ -44,7 +47,7 @@ class AudioInput {
   void OpenFile();
   void Spool();
   void OpenSound();
-  void ChooseChannel(std::optional<int> wanted);
+  void ChooseChannel(std::optional<int> wanted, std::string_view argument);
   void RefuseTruncated() const;
   std::int64_t CountSamples();
   int ReadFrames(float* samples, int count);

@@ -51,14 +51,28 @@ void BridgeSource::EnableInPlace(bool flag) {
   }
 }
 
+// How many samples the upstream is to deliver in all, as soon as that is certain. For several
+// sources it is what they delivered: announced lengths may be one short.
+std::optional<std::int64_t> BridgeSource::KnownLength() const {
+  if (settings.sources.empty() ||
+      !std::ranges::all_of(settings.sources, [](BridgeSource* s) { return s->EndOfSrc(); })) {
+    return settings.length;
+  }
+  std::int64_t longest = 0;
+  for (const BridgeSource* source : settings.sources) {
+    longest = std::max(longest, source->Delivered());
+  }
+  return std::min(longest, settings.length.value_or(longest));
+}
+
 bool BridgeSource::UpstreamEnded() {
   if (!upstream || stalled) {
     return true;
   }
-  if (settings.length && forwarded >= *settings.length) {
+  if (const std::optional<std::int64_t> length = KnownLength(); length && forwarded >= *length) {
     return true;
   }
-  return !settings.endsByLengthAlone && upstream->EndOfSrc();
+  return settings.sources.empty() && !settings.endsByLengthAlone && upstream->EndOfSrc();
 }
 
 bool BridgeSource::MayAsk() { return upstream && (!asked || !UpstreamEnded()); }
@@ -71,8 +85,8 @@ int BridgeSource::Forward(float* buffer, int count) {
   while (filled < count && MayAsk()) {
     asked = true;
     int want = count - filled;
-    if (settings.length) {
-      want = static_cast<int>(std::min<std::int64_t>(want, *settings.length - forwarded));
+    if (const std::optional<std::int64_t> length = KnownLength()) {
+      want = static_cast<int>(std::min<std::int64_t>(want, *length - forwarded));
     }
     int came = 0;
     upstream->TransmitNow(buffer + filled, want, came);

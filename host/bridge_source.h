@@ -4,10 +4,13 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "host/host_source.h"
 
 namespace wavechain {
+
+class BridgeSource;
 
 /// What a bridge makes of the signal that passes over it.
 struct BridgeSettings {
@@ -18,6 +21,10 @@ struct BridgeSettings {
   /// With `length`: nothing but the length ends the signal, whatever the upstream says of
   /// its end. For filters that never report one, or report it while samples still wait.
   bool endsByLengthAlone = false;
+  /// All that feed the upstream, where it has several sources. The signal then ends once each
+  /// of them has ended and the longest of them has been forwarded whole, whatever the upstream
+  /// says: its end may come while samples still wait in it. They must outlive the bridge's use.
+  std::vector<BridgeSource*> sources = {};
   /// Zeros appended behind the end.
   std::int64_t silence = 0;
 };
@@ -55,6 +62,7 @@ class BridgeSource : public HostSource {
   ~BridgeSource() = default;
 
  private:
+  std::optional<std::int64_t> KnownLength() const;
   bool UpstreamEnded();
   bool MayAsk();
   int Forward(float* buffer, int count);

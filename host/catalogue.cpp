@@ -124,7 +124,8 @@ constexpr Parameter ResampleParameters[] = {
      .preset = 0},
     {.name = "half_length",
      .unit = "high-rate steps",
-     .help = "the kernel reaches this far to either side",
+     .help = "the kernel reaches this far to either side; below up there is none, and zeros fill "
+             "the signal up",
      .preset = 60,
      .minimum = 0,
      .maximum = MaxHalfLength,
@@ -139,6 +140,33 @@ constexpr Parameter ResampleParameters[] = {
      .help = "the cutoff is raised by this, divided by the kernel's half-length",
      .preset = 0.52},
 };
+
+constexpr HostArgument ResampleArguments[] = {
+    {"rate", "HZ",
+     "the rate to reach: up, down and the kernel follow from the rate that comes in, in several "
+     "stages where one kernel is too short; settles all parameters"},
+    {"quality", "fast|good|best",
+     "the kernel for rate, or for up and down: fast is flat to 0.8 of the lower Nyquist frequency "
+     "and clean from 1.2 on, good is clean from 1.0 on by 80 dB, best by 100 dB and flat to 0.85; "
+     "good by default"},
+};
+
+constexpr HostArgument SecondSignal[] = {
+    {"with", "\"FILE | FILTER | ...\"",
+     "the second signal: a recording, and filters that it goes through by choice", true},
+    {"channel", "NUMBER", "channel of that recording, from 1 (files of several)"},
+};
+
+// An output for each step at which one is due, to the end of the last input.
+std::optional<std::int64_t> ResampledLength(std::span<const double> values, std::int64_t fed) {
+  const auto down = static_cast<std::int64_t>(values[0]);
+  const auto up = static_cast<std::int64_t>(values[1]);
+  const bool startsAtZero = values[2] == 0.0 && values[3] == 0.0;
+  if (!startsAtZero || fed > std::numeric_limits<std::int64_t>::max() / up - down) {
+    return std::nullopt;
+  }
+  return (fed * up + down - 1) / down;
+}
 
 constexpr Parameter SumSourcesParameters[] = {
     {.name = "gain1", .unit = "factor", .help = "weight of the first signal", .preset = 1},
@@ -289,17 +317,25 @@ constexpr FilterKind Kinds[] = {
     {.name = "ResampleBlackman",
      .entryPoint = "ResampleI",
      .purpose = "changes the sampling rate by the ratio up / down",
-     .parameters = ResampleParameters},
+     .note = "n samples become n up / down, rounded up, in each stage; the filter announces that "
+             "number rounded down, and all that it delivers is kept",
+     .parameters = ResampleParameters,
+     .hostArguments = ResampleArguments,
+     .deliveredLength = ResampledLength},
     {.name = "SumSources",
      .entryPoint = "SumSourcesI",
      .purpose = "mixes two signals with a weight each",
+     .note = "the output runs to the end of the longer signal; both must have the same rate",
      .sources = 2,
-     .parameters = SumSourcesParameters},
+     .parameters = SumSourcesParameters,
+     .hostArguments = SecondSignal},
     {.name = "EchoCancel",
      .entryPoint = "EchoCancelI",
      .purpose = "subtracts a second signal from the first",
+     .note = "the output runs to the end of the longer signal; both must have the same rate",
      .sources = 2,
-     .parameters = EchoCancelParameters},
+     .parameters = EchoCancelParameters,
+     .hostArguments = SecondSignal},
     {.name = "SineFilter",
      .entryPoint = "SineGenI",
      .purpose = "adds a sine",

@@ -1,6 +1,7 @@
 #ifndef WAVEFILTERS_HOST_CATALOGUE_H
 #define WAVEFILTERS_HOST_CATALOGUE_H
 
+#include <cstdint>
 #include <limits>
 #include <optional>
 #include <span>
@@ -41,6 +42,7 @@ struct HostArgument {
   std::string_view name;
   std::string_view value;  // what stands behind the "=", as in FILE
   std::string_view help;
+  bool required = false;
 };
 
 /// What the lines or bytes of a data file are.
@@ -74,6 +76,8 @@ struct FilterKind {
   std::string_view name;
   std::string_view entryPoint;
   std::string_view purpose;
+  /// What else a user should know, or empty.
+  std::string_view note = {};
   int sources = 1;
   std::span<const Parameter> parameters = {};
   std::span<const HostArgument> hostArguments = {};
@@ -87,6 +91,10 @@ struct FilterKind {
   /// The output's unit by the parameters' values; null where it is the signal's own. The
   /// library's own label may be another one.
   OutputScale (*outputScale)(std::span<const double> values) = nullptr;
+  /// How many samples it makes of `fed`, where it delivers more than it announces; nothing where
+  /// what it announces holds. Null for the other filters.
+  std::optional<std::int64_t> (*deliveredLength)(std::span<const double> values,
+                                                 std::int64_t fed) = nullptr;
   /// By design its EndOfSrc never becomes true: the host stops at the announced length.
   bool neverEnds = false;
 };

@@ -85,6 +85,9 @@ std::string DefaultText(const Parameter& parameter) {
 
 std::string InfoText(const FilterKind& kind, bool available) {
   std::string text = fmt::format("{}: {}\n", kind.name, kind.purpose);
+  if (!kind.note.empty()) {
+    text += fmt::format("  {}\n", kind.note);
+  }
   if (!available) {
     text += "  not in this library\n";
   }
@@ -99,7 +102,8 @@ std::string InfoText(const FilterKind& kind, bool available) {
     }
   }
   for (const HostArgument& own : kind.hostArguments) {
-    text += fmt::format("  {}={}\n      {}\n", own.name, own.value, own.help);
+    text += fmt::format("  {}={}{}\n      {}\n", own.name, own.value,
+                        own.required ? "  (required)" : "", own.help);
   }
   text += kind.dataFiles.empty() ? "data files: none\n" : "data files, beside the recording:\n";
   for (const DataFile& file : kind.dataFiles) {
@@ -124,6 +128,9 @@ std::string HelpText() {
         text += fmt::format("          {}\n", NamesText(parameter));
       }
     }
+    for (const HostArgument& own : kind.hostArguments) {
+      text += fmt::format("      {}={}\n", own.name, own.value);
+    }
   }
   return text;
 }
@@ -133,6 +140,7 @@ Json InfoJson(const FilterKind& kind, bool available) {
   json["name"] = kind.name;
   json["entry_point"] = kind.entryPoint;
   json["purpose"] = kind.purpose;
+  json["note"] = kind.note;
   json["available"] = available;
   json["sources"] = kind.sources;
   json["parameters"] = Json::array();
@@ -142,7 +150,7 @@ Json InfoJson(const FilterKind& kind, bool available) {
   json["host_arguments"] = Json::array();
   for (const HostArgument& own : kind.hostArguments) {
     json["host_arguments"].push_back(
-        {{"name", own.name}, {"value", own.value}, {"help", own.help}});
+        {{"name", own.name}, {"value", own.value}, {"required", own.required}, {"help", own.help}});
   }
   json["data_files"] = Json::array();
   for (const DataFile& file : kind.dataFiles) {

@@ -1,11 +1,14 @@
 #include "host/chain.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "host/console_out.h"
 #include "host/failure.h"
+#include "host/host_arguments.h"
 #include "host/make.h"
 #include "host/number_stream.h"
+#include "host/second_signal.h"
 #include "host/text.h"
 
 namespace wavechain {
@@ -16,28 +19,78 @@ using wavefilters::IWaveFilterC;
 using wavefilters::IWaveSourceC;
 using wavefilters::Ref;
 
+double RateOf(const SignalInfo& signal) { return 1000.0 / signal.interval_ms; }
+
+// The interval of a whole rate is not exact, nor is what a resampler makes of it.
+std::string RateText(const SignalInfo& signal) { return fmt::format("{:.10g} Hz", RateOf(signal)); }
+
 // What depends on the rate can only be checked once it is known what feeds the filter.
-void CheckAgainstRate(const FilterCall& call, std::size_t place, const SignalInfo& fed) {
-  const double rate = 1000.0 / fed.interval_ms;
+void CheckAgainstRate(const FilterCall& call, const std::string& label, const SignalInfo& fed) {
+  const double rate = RateOf(fed);
   for (std::size_t i = 0; i < call.values.size(); ++i) {
     const Parameter& parameter = call.kind->parameters[i];
     // A little beyond half is what rounding makes of exactly half.
     if (parameter.belowHalfRate && call.values[i] > 0.5 * rate * (1.0 + 1e-12)) {
-      Fail(ExitStatus::Usage, "filter {} ({}): {}={} is above half the sampling rate ({} of {} Hz)",
-           place, call.kind->name, parameter.name, NumberText(call.values[i]),
-           NumberText(0.5 * rate), NumberText(rate));
+      Fail(ExitStatus::Usage, "{}: {}={} is above half the sampling rate ({} of {} Hz)", label,
+           parameter.name, NumberText(call.values[i]), NumberText(0.5 * rate), NumberText(rate));
     }
   }
 }
 
+RateRatio RatioFor(const FilterCall& call, const std::string& label, const SignalInfo& fed) {
+  const Conversion& wanted = *call.conversion;
+  if (!wanted.rate) {
+    return {static_cast<std::int64_t>(call.values[1]), static_cast<std::int64_t>(call.values[0])};
+  }
+  const std::optional<RateRatio> ratio = RatioOf(*wanted.rate * fed.interval_ms * 0.001);
+  if (!ratio) {
+    Fail(ExitStatus::Usage,
+         "{}: {} and rate={} have no ratio of whole numbers that a resampler "
+         "takes",
+         label, RateText(fed), NumberText(*wanted.rate));
+  }
+  return *ratio;
+}
+
+FilterCall StageCall(const FilterCall& call, const ResamplerStage& stage) {
+  FilterCall made = {.kind = call.kind, .values = stage.Parameters()};
+  made.handed = static_cast<int>(made.values.size());
+  return made;
+}
+
+// What the filter says that it makes of its feed.
+SignalInfo Announced(IWaveFilterC& filter, const BridgeSource& feed, const std::string& label) {
+  IWaveDescriptorC* handedOn = nullptr;
+  filter.GetDescriptor(&handedOn);
+  const auto descriptor = Ref<IWaveDescriptorC>::Adopt(handedOn);
+  if (!descriptor) {
+    Fail(ExitStatus::Usage, "{}: hands out no descriptor", label);
+  }
+  const SignalInfo delivered = feed.Read(*descriptor.Get());
+  if (!(std::isfinite(delivered.interval_ms) && delivered.interval_ms > 0.0)) {
+    Fail(ExitStatus::Usage, "{}: announces a sampling interval of {} ms", label,
+         NumberText(delivered.interval_ms));
+  }
+  return delivered;
+}
+
+// A recording's name; a generated signal has none.
+std::string FirstName(const SignalInfo& signal) {
+  if (signal.name == "-") {
+    return "standard input";
+  }
+  return signal.name.empty() ? "the signal" : signal.name;
+}
+
 }  // namespace
 
-Chain::Chain(const FilterLibrary& library, Ref<HostSource> source,
-             const std::vector<FilterCall>& calls, const DataOptions& options, Log& log) {
+Chain::Chain(const FilterLibrary& filterLibrary, Ref<HostSource> source,
+             const std::vector<FilterCall>& calls, ChainSettings chainSettings, Log& chainLog)
+    : library(filterLibrary), log(chainLog), settings(std::move(chainSettings)) {
   const SignalInfo recorded = source->Info();
   tail = {Ref<IWaveFilterC>::Adopt(source.Detach()), recorded, {}};
-  for (const FilterCall& call : calls) {
-    Append(library, call, options, log);
+  for (std::size_t i = 0; i < calls.size(); ++i) {
+    Append(calls[i], fmt::format("{}filter {} ({})", settings.place, i + 1, calls[i].kind->name));
   }
   Bridge();
 }
@@ -48,63 +101,113 @@ Chain::~Chain() {
   }
 }
 
-void Chain::Append(const FilterLibrary& library, const FilterCall& call, const DataOptions& options,
-                   Log& log) {
-  kinds.push_back(call.kind);
-  const std::size_t place = kinds.size();
+void Chain::Append(const FilterCall& call, const std::string& label) {
+  if (call.conversion) {
+    AppendStages(call, label);
+  } else {
+    AppendFilter(call, label);
+  }
+}
+
+void Chain::AppendStages(const FilterCall& call, const std::string& label) {
   const SignalInfo fed = Amended(tail.delivered, tail.settings);
-  CheckAgainstRate(call, place, fed);
+  const ResamplerQuality& quality = *call.conversion->quality;
+  const RateRatio ratio = RatioFor(call, label, fed);
+  const std::vector<ResamplerStage> stages = PlanStages(ratio, quality);
+  if (stages.empty()) {
+    Fail(ExitStatus::Usage,
+         "{}: {} times {} / {} takes a kernel that is too long: at quality={} no prime factor may "
+         "exceed {}; choose a rate nearby",
+         label, RateText(fed), ratio.up, ratio.down, quality.name, quality.largestFactor);
+  }
+  log.Report(fmt::format("{}: {} times {} / {}, quality {}, {}", label, RateText(fed), ratio.up,
+                         ratio.down, quality.name,
+                         Counted(static_cast<long long>(stages.size()), "stage")));
+  for (std::size_t i = 0; i < stages.size(); ++i) {
+    const FilterCall stage = StageCall(call, stages[i]);
+    const std::string name = fmt::format("{}, stage {}", label, i + 1);
+    log.Report(fmt::format("{}: {}", name, stage.Text()));
+    AppendFilter(stage, name);
+  }
+}
+
+void Chain::AppendFilter(const FilterCall& call, const std::string& label) {
+  labels.push_back(label);
+  const SignalInfo fed = Amended(tail.delivered, tail.settings);
+  CheckAgainstRate(call, label, fed);
 
   const Ref<IWaveFilterC> filter = library.Create(*call.kind);
   if (!call.kind->dataFiles.empty()) {
-    data.push_back(std::make_unique<FilterData>(call, place, fed, options, log));
+    data.push_back(std::make_unique<FilterData>(call, label, fed, settings.data, log));
     const BridgeSettings wanted = data.back()->Feed();
     tail.settings.name = wanted.name;
     tail.settings.silence = wanted.silence;
   }
   BridgeSource& feed = Bridge();
+  BridgeSource* second = OpenSecond(call, label);
 
   std::vector<double> values = call.values;
   filter->Set_param_list(values.data(), call.handed);
   if (!log.Quiet()) {
-    const auto console =
-        Make<ConsoleOut>(log, fmt::format("filter {} ({}): ", place, call.kind->name));
+    const auto console = Make<ConsoleOut>(log, label + ": ");
     filter->Set_console_out(console.Get());
   }
   if (call.kind->takesStream) {
     const auto stream = Make<NumberStream>();
     filter->Set_num_stream(stream.Get());
   }
-  IWaveSourceC* sources[] = {Ref<BridgeSource>::Share(&feed).Detach()};
-  filter->Set_src_list(sources, 1);
+  IWaveSourceC* sources[] = {Ref<BridgeSource>::Share(&feed).Detach(),
+                             Ref<BridgeSource>::Share(second).Detach()};
+  filter->Set_src_list(sources, second == nullptr ? 1 : 2);
 
-  IWaveDescriptorC* handedOn = nullptr;
-  filter->GetDescriptor(&handedOn);
-  const auto descriptor = Ref<IWaveDescriptorC>::Adopt(handedOn);
-  if (!descriptor) {
-    Fail(ExitStatus::Usage, "filter {} ({}): hands out no descriptor", place, call.kind->name);
+  tail = {Ref<IWaveFilterC>::Share(filter.Get()), Announced(*filter.Get(), feed, label), {}};
+  if (second != nullptr) {
+    tail.delivered.length = std::max(tail.delivered.length, second->Info().length);
+    tail.settings.sources = {&feed, second};
   }
-  tail = {Ref<IWaveFilterC>::Share(filter.Get()), feed.Read(*descriptor.Get()), {}};
-  if (!(std::isfinite(tail.delivered.interval_ms) && tail.delivered.interval_ms > 0.0)) {
-    Fail(ExitStatus::Usage, "filter {} ({}): announces a sampling interval of {} ms", place,
-         call.kind->name, NumberText(tail.delivered.interval_ms));
+  SettleEnd(call, fed);
+}
+
+// Null for filters of one source.
+BridgeSource* Chain::OpenSecond(const FilterCall& call, const std::string& label) {
+  if (!call.second) {
+    return nullptr;
   }
-  SettleEnd(call, fed, options, log);
+  ChainSettings own = settings;
+  own.data.recording = call.second->path;
+  own.place = label + ": with: ";
+  seconds.push_back(std::make_unique<SecondSignal>(library, *call.second, std::move(own), log));
+  SecondSignal& second = *seconds.back();
+  const SignalInfo& fed = End().Info();
+  const SignalInfo& other = second.End().Info();
+  // Far below what would move the two apart by a sample in any recording.
+  constexpr double Tolerance = 1e-11;
+  if (!(std::abs(fed.interval_ms - other.interval_ms) <= Tolerance * fed.interval_ms)) {
+    Fail(ExitStatus::Usage,
+         "{}: {} comes at {}, {} at {}; both must have one rate, as by with=\"{} | "
+         "ResampleBlackman rate={:.10g}\"",
+         label, FirstName(fed), RateText(fed), second.Name(), RateText(other), second.Name(),
+         RateOf(fed));
+  }
+  return &second.End();
 }
 
 // What the host did to the filter's feed is undone behind it.
-void Chain::SettleEnd(const FilterCall& call, const SignalInfo& fed, const DataOptions& options,
-                      Log& log) {
+void Chain::SettleEnd(const FilterCall& call, const SignalInfo& fed) {
   tail.delivered.name = fed.name;
+  if (call.kind->deliveredLength != nullptr) {
+    tail.delivered.length =
+        call.kind->deliveredLength(call.values, fed.length).value_or(tail.delivered.length);
+  }
   if (call.kind->neverEnds) {
     tail.settings.length = tail.delivered.length;
-  } else if (call.kind->trackDriven && !options.libraryTail) {
+  } else if (call.kind->trackDriven && !settings.data.libraryTail) {
     tail.settings.length = fed.length;
   }
   if (call.kind->outputScale != nullptr) {
     const OutputScale scale = call.kind->outputScale(call.values);
-    log.Report(fmt::format("unit   filter {} ({}): {}, full scale {} (the library says {}, {})",
-                           kinds.size(), call.kind->name, scale.unit, NumberText(scale.fullScale),
+    log.Report(fmt::format("unit   {}: {}, full scale {} (the library says {}, {})", labels.back(),
+                           scale.unit, NumberText(scale.fullScale),
                            tail.delivered.units.empty() ? "nothing" : tail.delivered.units,
                            NumberText(tail.delivered.fullScale)));
     tail.delivered.units = scale.unit;
@@ -121,13 +224,25 @@ BridgeSource& Chain::Bridge() {
 int Chain::Pull(float* samples, int count) {
   int came = 0;
   bridges.back()->TransmitNow(samples, count, came);
+  RequireFlow();
+  return came;
+}
+
+void Chain::RequireFlow() const {
   for (std::size_t i = 1; i < bridges.size(); ++i) {
     if (bridges[i]->Stalled()) {
-      Fail(ExitStatus::Input, "filter {} ({}): delivers nothing and does not end", i,
-           kinds[i - 1]->name);
+      Fail(ExitStatus::Input, "{}: delivers nothing and does not end", labels[i - 1]);
     }
   }
-  return came;
+  for (const auto& second : seconds) {
+    second->RequireFlow();
+  }
+}
+
+void Chain::WarnOfInputs() const {
+  for (const auto& second : seconds) {
+    second->WarnOfInput(log);
+  }
 }
 
 }  // namespace wavechain

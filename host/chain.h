@@ -2,6 +2,7 @@
 #define WAVEFILTERS_HOST_CHAIN_H
 
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "frame/ref.h"
@@ -13,16 +14,28 @@
 
 namespace wavechain {
 
+class SecondSignal;
+
+struct ChainSettings {
+  DataOptions data = {};
+  /// Second recordings may be cut short.
+  bool allowTruncated = false;
+  /// Stands before each filter's number in messages, for the chain of a second signal.
+  std::string place = {};
+};
+
 /// The filters of one run, connected in order behind a source, with a bridge of the host's
-/// before each of them and one at the end.
+/// before each of them and one at the end. One call may become several filters: resampling
+/// goes in stages.
 class Chain {
  public:
   /// Builds every filter and sets it up in the order that filters rely on. Reports go to the
   /// log, none with a quiet one. Fails (usage) where a filter is not in the library, or where
-  /// its parameters do not suit the rate that it is fed, and (input) where a data file is
-  /// missing. The calls and the options must outlive it, as the library and the log must.
-  Chain(const FilterLibrary& library, wavefilters::Ref<HostSource> source,
-        const std::vector<FilterCall>& calls, const DataOptions& options, Log& log);
+  /// its parameters do not suit the rate that it is fed, nor its second signal the first, and
+  /// (input) where a data file is missing or a second recording cannot be read. The calls must
+  /// outlive it, as the library and the log must.
+  Chain(const FilterLibrary& filterLibrary, wavefilters::Ref<HostSource> source,
+        const std::vector<FilterCall>& calls, ChainSettings chainSettings, Log& chainLog);
   /// Disposes of everything from the last filter up, then releases it.
   ~Chain();
   Chain(const Chain&) = delete;
@@ -31,10 +44,18 @@ class Chain {
   /// What the chain delivers, as its last filter announces it.
   const SignalInfo& Output() const { return bridges.back()->Info(); }
   /// Pulls up to `count` samples and returns how many came: fewer only at the end. Fails
-  /// (input) when a filter stops delivering without reporting an end.
+  /// (input) as RequireFlow does.
   int Pull(float* samples, int count);
   /// True once the last sample has been pulled.
   bool AtEnd() { return bridges.back()->EndOfSrc(); }
+
+  /// The source of what the chain delivers.
+  BridgeSource& End() { return *bridges.back().Get(); }
+  /// Fails (input) when a filter stopped delivering without reporting an end, or when a
+  /// second recording gave out early.
+  void RequireFlow() const;
+  /// Warns of odd samples in second recordings.
+  void WarnOfInputs() const;
 
  private:
   // Where the chain ends for now: what it delivers, and what a bridge is to make of it.
@@ -44,15 +65,21 @@ class Chain {
     BridgeSettings settings;
   };
 
-  void Append(const FilterLibrary& library, const FilterCall& call, const DataOptions& options,
-              Log& log);
+  void Append(const FilterCall& call, const std::string& label);
+  void AppendStages(const FilterCall& call, const std::string& label);
+  void AppendFilter(const FilterCall& call, const std::string& label);
+  BridgeSource* OpenSecond(const FilterCall& call, const std::string& label);
   BridgeSource& Bridge();
-  void SettleEnd(const FilterCall& call, const SignalInfo& fed, const DataOptions& options,
-                 Log& log);
+  void SettleEnd(const FilterCall& call, const SignalInfo& fed);
 
+  const FilterLibrary& library;
+  Log& log;
+  ChainSettings settings;
   Tail tail;
-  std::vector<std::unique_ptr<FilterData>> data;  // goes after the filters that read it
-  std::vector<const FilterKind*> kinds;
+  // These go after the filters that read them.
+  std::vector<std::unique_ptr<FilterData>> data;
+  std::vector<std::unique_ptr<SecondSignal>> seconds;
+  std::vector<std::string> labels;                      // of the filters
   std::vector<wavefilters::Ref<BridgeSource>> bridges;  // one more than filters
 };
 

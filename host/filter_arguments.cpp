@@ -5,6 +5,7 @@
 
 #include "host/catalogue_text.h"
 #include "host/failure.h"
+#include "host/host_arguments.h"
 #include "host/text.h"
 
 namespace wavechain {
@@ -182,15 +183,28 @@ class Resolver {
   std::map<std::string, std::string, std::less<>> hostValues;
 };
 
+// In the quotes that give the value back when it is read.
+std::string Quoted(const std::string& value) {
+  if (value.find('\'') == std::string::npos) {
+    return "'" + value + "'";
+  }
+  std::string quoted = "\"";
+  for (const char c : value) {
+    quoted += c == '"' || c == '\\' ? std::string{'\\', c} : std::string{c};
+  }
+  return quoted + "\"";
+}
+
 }  // namespace
 
 std::string FilterCall::Text() const {
   std::string text(kind->name);
-  for (std::size_t i = 0; i < values.size(); ++i) {
+  const auto shown = conversion ? static_cast<std::size_t>(handed) : values.size();
+  for (std::size_t i = 0; i < shown; ++i) {
     text += fmt::format(" {}={}", kind->parameters[i].name, NumberText(values[i]));
   }
   for (const auto& [name, value] : hostValues) {
-    text += fmt::format(" {}='{}'", name, value);
+    text += fmt::format(" {}={}", name, Quoted(value));
   }
   return text;
 }
@@ -225,7 +239,9 @@ FilterCall ResolveFilter(const FilterKind& kind, const FilterText& split, std::s
   for (const Argument& argument : split.arguments) {
     resolver.Take(argument);
   }
-  return resolver.Finish();
+  FilterCall call = resolver.Finish();
+  UnderstandHostArguments(call, text);
+  return call;
 }
 
 }  // namespace wavechain

@@ -2,14 +2,18 @@
 #define WAVEFILTERS_HOST_FILTER_ARGUMENTS_H
 
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "host/catalogue.h"
+#include "host/resampling.h"
 
 namespace wavechain {
+
+struct SignalText;
 
 /// One word behind a filter's name: a value, and its name where "NAME=" stood before it.
 struct Argument {
@@ -32,9 +36,14 @@ struct FilterCall {
   /// others keep what the library itself starts from.
   int handed = 0;
   /// What was given for the host's own arguments, by name.
-  std::map<std::string, std::string, std::less<>> hostValues;
+  std::map<std::string, std::string, std::less<>> hostValues = {};
+  /// What they mean: a change of rate whose kernels the host chooses, and the signal that is
+  /// the filter's second source.
+  std::optional<Conversion> conversion = std::nullopt;
+  std::shared_ptr<const SignalText> second = nullptr;
 
-  /// The call with every parameter by name, as it could be written.
+  /// The call with every parameter by name, as it could be written; without those that the
+  /// host chooses.
   std::string Text() const;
 };
 

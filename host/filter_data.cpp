@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <filesystem>
+#include <utility>
 
 #include "host/data_check.h"
 #include "host/data_report.h"
@@ -18,11 +19,9 @@ bool IsExtension(const DataFile& file) { return file.name.starts_with('.'); }
 
 }  // namespace
 
-FilterData::FilterData(const FilterCall& filterCall, std::size_t place, const SignalInfo& fed,
+FilterData::FilterData(const FilterCall& filterCall, std::string label, const SignalInfo& fed,
                        const DataOptions& dataOptions, Log& log)
-    : call(filterCall),
-      who(fmt::format("filter {} ({})", place, filterCall.kind->name)),
-      options(dataOptions) {
+    : call(filterCall), who(std::move(label)), options(dataOptions) {
   for (const DataFile& file : call.kind->dataFiles) {
     Prepare(file, fed, log);
   }

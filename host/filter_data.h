@@ -1,7 +1,6 @@
 #ifndef WAVEFILTERS_HOST_FILTER_DATA_H
 #define WAVEFILTERS_HOST_FILTER_DATA_H
 
-#include <cstddef>
 #include <string>
 
 #include "host/bridge_source.h"
@@ -23,10 +22,10 @@ struct DataOptions {
 /// It must outlive the filter's attachment.
 class FilterData {
  public:
-  /// For the filter at `place` (from 1) of the chain, fed with `fed`. Fails (usage) where
+  /// For the filter that is called `label` in messages, fed with `fed`. Fails (usage) where
   /// nothing says where a file is, and (input) where one is missing or empty, unless that is
   /// allowed.
-  FilterData(const FilterCall& filterCall, std::size_t place, const SignalInfo& fed,
+  FilterData(const FilterCall& filterCall, std::string label, const SignalInfo& fed,
              const DataOptions& dataOptions, Log& log);
 
   /// What the filter's feed is to do: bear the name under which the files are found, and go

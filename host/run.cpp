@@ -11,6 +11,8 @@
 #include "host/audio_input.h"
 #include "host/chain.h"
 #include "host/failure.h"
+#include "host/host_arguments.h"
+#include "host/input_report.h"
 #include "host/interrupt.h"
 #include "host/make.h"
 #include "host/output_file.h"
@@ -75,6 +77,16 @@ class Input {
   wavefilters::Ref<HostSource> source;
 };
 
+// No input may be replaced, nor any second signal.
+void CheckTargets(const RunRequest& request, const std::vector<FilterCall>& calls) {
+  for (const FilterCall& call : calls) {
+    if (call.second) {
+      CheckTarget(request.output, request.force, IdentityOf(call.second->path));
+      CheckTargets(request, call.second->filters);
+    }
+  }
+}
+
 std::string ProgressText(std::int64_t samples, const SignalInfo& signal) {
   const double seconds = 0.001 * signal.interval_ms * static_cast<double>(samples);
   const double percent =
@@ -99,11 +111,6 @@ Totals PullAll(Chain& chain, const Input& input, SignalWriter& writer, Log& log)
   return totals;
 }
 
-std::string LengthText(std::int64_t samples, double interval_ms) {
-  return fmt::format("{}, {:.3f} s", Counted(samples, "sample"),
-                     0.001 * interval_ms * static_cast<double>(samples));
-}
-
 void ReportInput(const Input& input, Log& log) {
   const SignalInfo& signal = input.Source()->Info();
   if (input.File() == nullptr) {
@@ -111,20 +118,7 @@ void ReportInput(const Input& input, Log& log) {
                            LengthText(signal.length, signal.interval_ms)));
     return;
   }
-  const AudioInput& file = *input.File();
-  const std::string channel =
-      file.Channels() == 1 ? "1 channel"
-                           : fmt::format("channel {} of {}", file.Channel(), file.Channels());
-  log.Report(fmt::format("read   {}: {}, {} Hz, {}, {}", file.Name(), file.FormatText(),
-                         file.Rate(), channel, LengthText(file.Length(), 1000.0 / file.Rate())));
-}
-
-void WarnOfOddSamples(const std::string& name, std::int64_t nonFinite, Log& log,
-                      const std::string& more = "") {
-  if (nonFinite > 0) {
-    log.Warn(
-        fmt::format("warning: {}: not finite: {}{}", name, Counted(nonFinite, "sample"), more));
-  }
+  ReportInput(*input.File(), log);
 }
 
 void WarnOfOutput(const std::string& name, const Totals& totals, const SignalWriter& writer,
@@ -188,13 +182,15 @@ void Run(const RunRequest& request) {
   CheckInput(request);
   CheckTarget(request.output, request.force,
               request.input == "-" ? IdentityOf(STDIN_FILENO) : IdentityOf(request.input));
+  CheckTargets(request, calls);
 
   const Input input(request);
   ReportInput(input, log);
   ReportChain(calls, log);
   const DataOptions data = {request.input == "-" ? "" : request.input, request.allowMissing,
                             request.libraryTail};
-  Chain chain(library, wavefilters::Ref<HostSource>::Share(input.Source()), calls, data, log);
+  Chain chain(library, wavefilters::Ref<HostSource>::Share(input.Source()), calls,
+              {.data = data, .allowTruncated = request.allowTruncated}, log);
   const auto output = OpenOutput(request.output, request.force);
   const auto writer = MakeWriter(output->Descriptor(), output->Name(), format, chain.Output(),
                                  Comment(calls, chain.Output()));
@@ -205,6 +201,7 @@ void Run(const RunRequest& request) {
   writer->Close();
   log.ClearProgress();
   WarnOfOddSamples(input.Name(), input.NonFinite(), log);
+  chain.WarnOfInputs();
   WarnOfOutput(output->Name(), totals, *writer, log);
   output->Commit();
 
