@@ -25,9 +25,4 @@ int FilterFactory::GetNamed(char* name, IUnknown** out) {
   return 0;
 }
 
-int FactoryOfNothing::GetFilter(IWaveFilterC** out) {
-  *out = nullptr;
-  return 0;
-}
-
 }  // namespace wavefilters

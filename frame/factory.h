@@ -53,16 +53,6 @@ class FactoryOfPair : public FilterFactory {
   ~FactoryOfPair() = default;
 };
 
-/// Stands in for a kind whose filter this version does not have: hands out nothing.
-class FactoryOfNothing : public FilterFactory {
- public:
-  int GetFilter(IWaveFilterC** out) override;
-
- protected:
-  FactoryOfNothing() = default;
-  ~FactoryOfNothing() = default;
-};
-
 }  // namespace wavefilters
 
 #endif
