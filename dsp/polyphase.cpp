@@ -2,6 +2,11 @@
 
 #include <algorithm>
 #include <numeric>
+#include <span>
+
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
 
 #include "dsp/source_fill.h"
 
@@ -45,12 +50,24 @@ struct Cursor {
   }
 };
 
+// `samples` turn by turn into `Count` streams of `length`, one behind the other in `room`.
+template <int Count>
+void Deal(const float* __restrict samples, int length, float* __restrict room) {
+  for (int i = 0; i < length; ++i) {
+    for (int s = 0; s < Count; ++s) room[s * length + i] = samples[i * Count + s];
+  }
+}
+
 // Splits `inCount` samples into `count` streams, in `room` where it takes more than one.
 Streams Split(const float* in, int inCount, int count, float* room) {
   if (count == 1) {
     return {in, 1, inCount};
   }
   const int length = (inCount + count - 1) / count;
+  if (count == 2 && inCount % 2 == 0) {
+    Deal<2>(in, length, room);
+    return {room, count, length};
+  }
   for (int s = 0; s < count; ++s) {
     float* stream = room + s * length;
     for (int i = s; i < inCount; i += count) {
@@ -60,9 +77,17 @@ Streams Split(const float* in, int inCount, int count, float* room) {
   return {room, count, length};
 }
 
-// `Lanes` outputs of one phase. One operation a loop, as in convolve.cpp.
+// Makes some outputs of one phase, as many as its kind of tile has lanes.
+using TileFunction = void (*)(Cursor newest, PolyphaseBank::Phase phase, float* out);
+
+struct Tile {
+  int lanes;
+  TileFunction run;
+};
+
+// One operation a loop, as in convolve.cpp.
 template <int Lanes>
-WAVEFILTERS_INLINE void PhaseTile(Cursor newest, PolyphaseBank::Phase phase, float* out) {
+WAVEFILTERS_INLINE void PlainTile(Cursor newest, PolyphaseBank::Phase phase, float* out) {
   double sum[Lanes] = {};
   for (int m = 0; m < phase.taps; ++m) {
     const float coef = phase.coef[m];
@@ -77,52 +102,85 @@ WAVEFILTERS_INLINE void PhaseTile(Cursor newest, PolyphaseBank::Phase phase, flo
   for (int i = 0; i < Lanes; ++i) out[i] = static_cast<float>(sum[i]);
 }
 
-WAVEFILTERS_INLINE void PhaseTiles(Cursor newest, PolyphaseBank::Phase phase, float* out,
-                                   int count) {
+template <int Lanes>
+void TileBaseline(Cursor newest, PolyphaseBank::Phase phase, float* out) {
+  PlainTile<Lanes>(newest, phase, out);
+}
+
+#if defined(__x86_64__)
+
+template <int Lanes>
+__attribute__((target("avx2"))) void TileAvx2(Cursor newest, PolyphaseBank::Phase phase,
+                                              float* out) {
+  PlainTile<Lanes>(newest, phase, out);
+}
+
+// The loop waits for the widening of the products. Here it is one instruction for eight of them,
+// of which the compilers make three from the plain form.
+template <int Lanes>
+__attribute__((target("avx512f"))) void TileAvx512(Cursor newest, PolyphaseBank::Phase phase,
+                                                   float* out) {
+  constexpr int Width = 8;
+  constexpr int Vectors = Lanes / Width;
+  constexpr __mmask8 AllLanes = 0xff;
+  __m512d sum[Vectors] = {};
+  for (int m = 0; m < phase.taps; ++m) {
+    const __m256 coef = _mm256_set1_ps(phase.coef[m]);
+    const float* under = newest.in.samples + newest.index;
+    for (int v = 0; v < Vectors; ++v) {
+      const __m256 product = _mm256_loadu_ps(under + v * Width) * coef;
+      sum[v] = sum[v] + _mm512_maskz_cvtps_pd(AllLanes, product);
+    }
+    newest.Older();
+  }
+  for (int v = 0; v < Vectors; ++v) {
+    _mm256_storeu_ps(out + v * Width, _mm512_maskz_cvtpd_ps(AllLanes, sum[v]));
+  }
+}
+
+#endif
+
+// The kinds of tile of an instruction set, the largest first: as many lanes as the registers hold
+// sums for, since the outputs of a tile share what is around its loop. The smallest one has
+// FewestLanes.
+std::span<const Tile> TilesFor([[maybe_unused]] InstructionSet set) {
+#if defined(__x86_64__)
+  static constexpr Tile Avx512[] = {{64, TileAvx512<64>},
+                                    {32, TileAvx512<32>},
+                                    {16, TileAvx512<16>},
+                                    {FewestLanes, TileAvx512<FewestLanes>}};
+  static constexpr Tile Avx2[] = {
+      {32, TileAvx2<32>}, {16, TileAvx2<16>}, {FewestLanes, TileAvx2<FewestLanes>}};
+  if (set == InstructionSet::Avx512) {
+    return Avx512;
+  }
+  if (set == InstructionSet::Avx2) {
+    return Avx2;
+  }
+#endif
+  static constexpr Tile Baseline[] = {
+      {32, TileBaseline<32>}, {16, TileBaseline<16>}, {FewestLanes, TileBaseline<FewestLanes>}};
+  return Baseline;
+}
+
+// `count` outputs of one phase, at least FewestLanes: in large tiles, and in smaller ones what is
+// left. The last tile makes outputs again that stand before it, rather than fewer.
+void RunPhase(std::span<const Tile> tiles, Cursor newest, PolyphaseBank::Phase phase, float* out,
+              int count) {
+  const auto run = [&](const Tile& tile, int from) {
+    Cursor cursor = newest;
+    cursor.index += from;
+    tile.run(cursor, phase, out + from);
+  };
   int done = 0;
-  for (; done + 32 <= count; done += 32, newest.index += 32) {
-    PhaseTile<32>(newest, phase, out + done);
+  for (const Tile& tile : tiles) {
+    for (; done + tile.lanes <= count; done += tile.lanes) {
+      run(tile, done);
+    }
   }
-  for (; done + FewestLanes <= count; done += FewestLanes, newest.index += FewestLanes) {
-    PhaseTile<FewestLanes>(newest, phase, out + done);
+  if (done < count) {
+    run(tiles.back(), count - FewestLanes);
   }
-  for (; done < count; ++done, ++newest.index) {
-    PhaseTile<1>(newest, phase, out + done);
-  }
-}
-
-using PhaseFunction = void (*)(Cursor newest, PolyphaseBank::Phase phase, float* out, int count);
-
-void PhaseBaseline(Cursor newest, PolyphaseBank::Phase phase, float* out, int count) {
-  PhaseTiles(newest, phase, out, count);
-}
-
-#if defined(__x86_64__)
-
-__attribute__((target("avx2"))) void PhaseAvx2(Cursor newest, PolyphaseBank::Phase phase,
-                                               float* out, int count) {
-  PhaseTiles(newest, phase, out, count);
-}
-
-__attribute__((target("avx512f"))) void PhaseAvx512(Cursor newest, PolyphaseBank::Phase phase,
-                                                    float* out, int count) {
-  PhaseTiles(newest, phase, out, count);
-}
-
-#endif
-
-PhaseFunction PhaseFor([[maybe_unused]] InstructionSet set) {
-#if defined(__x86_64__)
-  switch (set) {
-    case InstructionSet::Avx512:
-      return PhaseAvx512;
-    case InstructionSet::Avx2:
-      return PhaseAvx2;
-    case InstructionSet::Baseline:
-      break;
-  }
-#endif
-  return PhaseBaseline;
 }
 
 }  // namespace
@@ -181,15 +239,22 @@ void PolyphaseBank::RunSingly(const float* in, std::int64_t position, float* out
 
 void PolyphaseBank::RunByPhase(const float* in, int inCount, std::int64_t position, float* out,
                                int outCount) const {
-  const PhaseFunction runPhase = PhaseFor(set);
   float room[BlockBufferSize + MostStreams];
   const Streams streams = Split(in, inCount, static_cast<int>(advance), room);
-  float made[BlockBufferSize];
+  const auto tiles = TilesFor(set);
   const int apart = static_cast<int>(phases);
+  const auto run = [&](int first, int count, float* made) {
+    const std::int64_t at = position + std::int64_t{first} * down;
+    RunPhase(tiles, Cursor(streams, at / up), At(at % up), made, count);
+  };
+  if (apart == 1) {
+    run(0, outCount, out);
+    return;
+  }
+  float made[BlockBufferSize];
   for (int first = 0; first < apart; ++first) {
-    const std::int64_t at = position + first * down;
     const int count = (outCount - first + apart - 1) / apart;
-    runPhase(Cursor(streams, at / up), At(at % up), made, count);
+    run(first, count, made);
     for (int i = 0; i < count; ++i) {
       out[first + i * apart] = made[i];
     }

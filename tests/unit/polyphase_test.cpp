@@ -8,6 +8,7 @@
 #include <iostream>
 #include <limits>
 #include <random>
+#include <utility>
 #include <vector>
 
 namespace wavefilters {
@@ -99,6 +100,22 @@ TEST_P(PolyphaseVariants, EqualThePlainSumOverFactorsKernelsAndCounts) {
     }
     CompareCounts(1, 1, 2048, 8192, 1.0F);
     CompareCounts(2, 1, 1024, 8192, 1.0F);
+  }
+}
+
+// Every number of outputs that a phase may have left over from full tiles, and both parities of
+// the inputs that are split.
+TEST_P(PolyphaseVariants, EqualThePlainSumOverNumbersOfOutputs) {
+  if (Available()) {
+    const auto in = Draw(400, 1.0F);
+    for (const auto& [up, down] : {std::pair{1, 1}, {1, 2}, {2, 1}, {3, 2}, {2, 3}, {1, 3}}) {
+      const auto coef = Draw(static_cast<std::size_t>(2 * 3 * up + 1), 1.0F);
+      for (int outCount = 1; outCount <= 150 * up / down; ++outCount) {
+        const auto reach = static_cast<std::size_t>(7 + ((outCount - 1) * down + up - 1) / up);
+        const std::vector<float> read(in.begin(), in.begin() + static_cast<std::ptrdiff_t>(reach));
+        Compare(up, down, coef, read, 6, 0, outCount);
+      }
+    }
   }
 }
 
