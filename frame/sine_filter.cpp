@@ -1,6 +1,6 @@
 #include "frame/sine_filter.h"
 
-#include <math.h>  // sincos, which <cmath> does not promise
+#include <math.h>  // NOLINT(modernize-deprecated-headers): <cmath> does not promise sincos
 
 #include <cmath>
 
