@@ -7,9 +7,10 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdlib>
+#include <cstdio>
 #include <limits>
-#include <regex>
+#include <sstream>
+#include <string_view>
 
 #include "host/failure.h"
 #include "host/interrupt.h"
@@ -34,6 +35,17 @@ std::string FormatName(int format) {
   named.format = format;
   ::sf_command(nullptr, SFC_GET_FORMAT_INFO, &named, sizeof named);
   return named.name == nullptr ? "unknown" : named.name;
+}
+
+// For the fields of a header's log that tell a size worth comparing: by how many bytes it may be
+// rounded up. The others give nothing.
+std::optional<std::uint64_t> AllowedPadding(std::string_view field) {
+  const std::string_view name = field.substr(0, field.find_last_not_of(' ') + 1);
+  if (name == "data" || name == "SSND" || name == "Data Size") {
+    return 0;
+  }
+  // W64 and RF64 are only compared as whole files.
+  return name == "riff" || name == "Riff size" ? std::optional<std::uint64_t>(8) : std::nullopt;
 }
 
 }  // namespace
@@ -187,20 +199,21 @@ std::string AudioInput::FormatText() const {
 }
 
 std::optional<Shortfall> FindShortfall(const std::string& headerLog) {
-  // The size of the audio itself; for W64 and RF64 only the whole file's is compared, in which
-  // bytes that round a size up may be missing.
-  static const std::regex pattern(
-      R"((?:^|\n) *(data|SSND|Data Size|riff|Riff size) *: (\d+) \(should be (\d+)\))");
   constexpr std::uint64_t UnknownSize = 0x7FFFF000;
   constexpr std::uint64_t UnknownLongSize = 0x7FFFFFFFFFFFF000;
-  for (std::sregex_iterator match(headerLog.begin(), headerLog.end(), pattern), end; match != end;
-       ++match) {
-    const std::uint64_t announced = std::strtoull((*match)[2].str().c_str(), nullptr, 10);
-    const std::uint64_t present = std::strtoull((*match)[3].str().c_str(), nullptr, 10);
-    const std::uint64_t padding = (*match)[1].str().find("iff") == std::string::npos ? 0 : 8;
+  std::istringstream lines(headerLog);
+  for (std::string line; std::getline(lines, line);) {
+    char name[16] = {};
+    unsigned long long announced = 0;
+    unsigned long long present = 0;
+    if (std::sscanf(line.c_str(), " %15[^:]: %llu (should be %llu)", name, &announced, &present) !=
+        3) {
+      continue;
+    }
+    const std::optional<std::uint64_t> padding = AllowedPadding(name);
     const bool known =
         announced < UnknownSize || (announced > 0xFFFFFFFFU && announced < UnknownLongSize);
-    if (known && announced > present + padding) {
+    if (padding && known && announced > present + *padding) {
       return Shortfall{static_cast<std::int64_t>(announced), static_cast<std::int64_t>(present)};
     }
   }

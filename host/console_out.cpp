@@ -33,7 +33,8 @@ void ConsoleOut::NewLine() {
 }
 
 void ConsoleOut::PutNum(int width, int precision, double value) {
-  line += fmt::format("{:{}.{}f}", value, std::clamp(width, 0, 100), std::clamp(precision, 0, 100));
+  line +=
+      fmt::format("{:>{}.{}f}", value, std::clamp(width, 0, 100), std::clamp(precision, 0, 100));
 }
 
 void ConsoleOut::GetTime(double* seconds) {

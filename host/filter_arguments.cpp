@@ -135,7 +135,7 @@ class Resolver {
   }
 
   void TakeByPosition(const std::string& value) {
-    const auto open = std::ranges::find(given, std::optional<double>());
+    const auto open = std::ranges::find_if(given, [](const auto& one) { return !one; });
     if (open == given.end()) {
       Refuse("'{}' is one value too many; {} takes {}", value, kind.name,
              Counted(static_cast<long long>(given.size()), "parameter"));

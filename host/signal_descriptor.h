@@ -14,8 +14,8 @@ struct SignalInfo {
   std::int64_t length = 0;   // samples
   double interval_ms = 0.0;  // between samples
   double fullScale = 1.0;    // in the signal's unit
-  std::string units;         // empty for plain sample values
-  std::string name;          // path of the recording, with its extension
+  std::string units = {};    // empty for plain sample values
+  std::string name = {};     // path of the recording, with its extension
 };
 
 /// A description of a signal that filters may amend, which is why each GetDescriptor hands

@@ -1,0 +1,91 @@
+#include "host/text.h"
+
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <limits>
+
+#include "host/audio_input.h"
+#include "host/failure.h"
+
+namespace {
+
+using wavechain::FindShortfall;
+using wavechain::Nearest;
+using wavechain::ParseNumber;
+
+TEST(Numbers, AreTheWholeTextInAnyUsualNotation) {
+  EXPECT_EQ(ParseNumber("200"), 200.0);
+  EXPECT_EQ(ParseNumber("-0.5"), -0.5);
+  EXPECT_EQ(ParseNumber("+3"), 3.0);
+  EXPECT_EQ(ParseNumber(".25"), 0.25);
+  EXPECT_EQ(ParseNumber("2e3"), 2000.0);
+  EXPECT_EQ(ParseNumber("1E-3"), 0.001);
+}
+
+TEST(Numbers, AreNotFoundInAnythingElse) {
+  for (const char* text : {"", " ", " 1", "1 ", "1Hz", "1,5", "0x10", "+-1", "--1", "nan", "inf",
+                           "-inf", "1e999", "one", "1e", "+"}) {
+    EXPECT_EQ(ParseNumber(text), std::nullopt) << text;
+  }
+}
+
+TEST(Numbers, AreWrittenSoThatTheyReadBack) {
+  EXPECT_EQ(wavechain::NumberText(200.0), "200");
+  EXPECT_EQ(wavechain::NumberText(0.52), "0.52");
+  for (const double value : {0.1, 1.0 / 3.0, 1e300, -2.5e-9, std::numeric_limits<double>::min()}) {
+    EXPECT_EQ(ParseNumber(wavechain::NumberText(value)), value);
+  }
+}
+
+TEST(NearestName, IsTheOneWithTheFewestDifferences) {
+  EXPECT_EQ(Nearest("frequncy", {"half_length", "frequency", "edge_weight"}), "frequency");
+  EXPECT_EQ(Nearest("FREQUENCY", {"half_length", "frequency"}), "frequency");
+  EXPECT_EQ(Nearest("gain3", {"gain1", "gain2"}), "gain1");
+}
+
+TEST(NearestName, IsNoneWhereNothingIsClose) {
+  EXPECT_EQ(Nearest("volume", {"half_length", "frequency"}), "");
+  EXPECT_EQ(Nearest("xy", {"a", "b"}), "");
+  EXPECT_EQ(Nearest("", {"a", "run"}), "");
+  EXPECT_EQ(Nearest("word", {}), "");
+}
+
+TEST(Messages, AreOneLineWithoutControlCharacters) {
+  const wavechain::Failure failure(wavechain::ExitStatus::Usage, "a\nb\tc\x1b[1m\x7f \xc3\xa4");
+  EXPECT_STREQ(failure.what(), "a\\nb\\tc\\x1b[1m\\x7f \xc3\xa4");
+}
+
+TEST(HeaderLog, TellsOfAudioThatIsMissing) {
+  const auto found = FindShortfall(
+      "RIFF : 137126 (should be 59992)\nWAVE\n"
+      "data : 137090 (should be 59956)\nEnd\n");
+  ASSERT_TRUE(found.has_value());
+  EXPECT_EQ(found->announced, 137090);
+  EXPECT_EQ(found->present, 59956);
+  EXPECT_TRUE(FindShortfall(" SSND : 137098 (should be 59920)\n"));
+  EXPECT_TRUE(FindShortfall("  Data Size   : 137090 (should be 59956)\n"));
+  EXPECT_TRUE(FindShortfall("riff : 137194 (should be 60000)\nwave\n"));
+  EXPECT_TRUE(FindShortfall("ds64 : 28\n  Riff size : 80120 (should be 29992)\n"));
+  EXPECT_TRUE(FindShortfall("riff : 6000000000 (should be 4000)\n"));
+}
+
+TEST(HeaderLog, OfAWholeFileTellsOfNothing) {
+  EXPECT_FALSE(FindShortfall(""));
+  EXPECT_FALSE(FindShortfall("RIFF : 137126\nWAVE\ndata : 137090\nEnd\n"));
+  // More than announced, a rounded size, other fields.
+  EXPECT_FALSE(FindShortfall("data : 100 (should be 200)\n"));
+  EXPECT_FALSE(FindShortfall("riff : 1008 (should be 1001)\n"));
+  EXPECT_FALSE(FindShortfall("  Bytes/sec     : 24333 (should be 24332)\n"));
+  EXPECT_FALSE(FindShortfall("RIFF : 137126 (should be 59992)\n"));
+}
+
+TEST(HeaderLog, TakesSizesThatStandForUnknownAsNoAnnouncement) {
+  EXPECT_FALSE(FindShortfall("data : 4294967295 (should be 137090)\n"));
+  EXPECT_FALSE(FindShortfall("data : 2147483647 (should be 137090)\n"));
+  EXPECT_FALSE(FindShortfall("data : 2147479552 (should be 137090)\n"));
+  EXPECT_FALSE(FindShortfall("riff : 9223372036854775807 (should be 137090)\n"));
+  EXPECT_FALSE(FindShortfall("riff : 18446744073709551615 (should be 137090)\n"));
+}
+
+}  // namespace
