@@ -102,8 +102,11 @@ void Connect(IWaveFilterC& filter, std::vector<double> parameters,
 IWaveSourceC* NewSource(const std::vector<float>& signal, std::int32_t length,
                         double interval_ms = 1000.0 / 22050.0, std::string name = "");
 
+/// What wavechain asks for at a time.
+inline constexpr int UsualPull = 4096;
+
 /// Pulls `pull` samples at a time until the end and returns how many came.
-std::int64_t PullAll(IWaveSourceC& source, int pull = 8192);
+std::int64_t PullAll(IWaveSourceC& source, int pull = UsualPull);
 
 }  // namespace wavefilters::bench
 

@@ -147,6 +147,8 @@ __attribute__((target("avx512f"))) void ConvolveAvx512(const float* in, const fl
       ConvolveLagged(in + i, coef, taps, out + i);
     }
   }
+  // Of 32 registers these tiles fill 18; a coefficient then serves more outputs.
+  i = ConvolveTiles<96>(in, coef, taps, out, i, outCount);
   ConvolveRest(in, coef, taps, out, i, outCount);
 }
 

@@ -2,6 +2,8 @@
 
 #if defined(__x86_64__)
 #include <cpuid.h>
+
+#include <atomic>
 #endif
 
 namespace wavefilters {
@@ -20,9 +22,7 @@ unsigned SavedRegisters() {
 
 constexpr bool Has(unsigned value, unsigned bits) { return (value & bits) == bits; }
 
-}  // namespace
-
-InstructionSet WidestInstructionSet() {
+InstructionSet AskProcessor() {
   constexpr unsigned SavesAvx = 0x06;
   constexpr unsigned SavesAvx512 = 0xe6;
   unsigned a = 0;
@@ -38,6 +38,22 @@ InstructionSet WidestInstructionSet() {
   }
   return Has(b, bit_AVX512F) && Has(saved, SavesAvx512) ? InstructionSet::Avx512
                                                         : InstructionSet::Avx2;
+}
+
+}  // namespace
+
+InstructionSet WidestInstructionSet() {
+  // In a virtual machine each question to the processor goes to its host and takes microseconds,
+  // as long as a short filter takes for thousands of samples: it is asked once. Threads that
+  // come first together ask it each, and hear the same.
+  constexpr int NotAsked = -1;
+  static constinit std::atomic<int> answer{NotAsked};
+  int known = answer.load(std::memory_order_relaxed);
+  if (known == NotAsked) {
+    known = static_cast<int>(AskProcessor());
+    answer.store(known, std::memory_order_relaxed);
+  }
+  return static_cast<InstructionSet>(known);
 }
 
 #else
