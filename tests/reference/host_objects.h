@@ -37,6 +37,7 @@ struct NumStream {
   virtual void AddRef() = 0;
   virtual void Release() = 0;
   virtual bool Open(const std::string& name) = 0;
+  virtual bool GetSingle(float& value) = 0;
   virtual bool GetDouble(double& value) = 0;
   virtual bool GetLine() = 0;
   virtual void Close() = 0;

@@ -68,6 +68,7 @@ class NumberFile : public NumStream {
   }
 
   bool GetLine() override { return text.GetLine(); }
+  bool GetSingle(float& value) override { return text.GetSingle(value); }
   bool GetDouble(double& value) override { return text.GetDouble(value); }
   void Close() override { text.Take(""); }
 

@@ -66,6 +66,11 @@ bool ModelStream::Open(const std::string& name) {
   return found != files.end();
 }
 
+bool ModelStream::GetSingle(float& value) {
+  log->Add(prefix + "GetSingle()");
+  return text.GetSingle(value);
+}
+
 bool ModelStream::GetDouble(double& value) {
   log->Add(prefix + "GetDouble()");
   return text.GetDouble(value);

@@ -76,6 +76,7 @@ class ModelStream : public reference::NumStream {
   void AddRef() override;
   void Release() override;
   bool Open(const std::string& name) override;
+  bool GetSingle(float& value) override;
   bool GetDouble(double& value) override;
   bool GetLine() override;
   void Close() override;

@@ -15,7 +15,7 @@
 namespace tracks {
 
 // A filter of the library beside its model. Every operation is done to both: the samples must have
-// the same bits, and the calls that reach the host's objects must be the same in the same order.
+// the same bits (any not-a-number counts as any other), and the calls that reach the host's objects must be the same in the same order.
 template <class Model>
 class Twin {
  public:
@@ -99,7 +99,7 @@ class Twin {
     Samples produced = buffer.First(got);
     Samples wanted(static_cast<std::size_t>(room));
     wanted.resize(static_cast<std::size_t>(model.TransmitNow(wanted.data(), count)));
-    ExpectSame(support::SameBits(produced, wanted), "Pull " + std::to_string(count));
+    ExpectSame(support::SameBitsOrNaN(produced, wanted), "Pull " + std::to_string(count));
     CompareCalls("TransmitNow");
     return produced;
   }
@@ -139,7 +139,7 @@ class Twin {
     model.Apply(wanted.data(), count, start);
     buffer.CheckAfter(static_cast<int>(samples.size()));
     Samples rendered = buffer.First(static_cast<int>(samples.size()));
-    ExpectSame(support::SameBits(rendered, wanted),
+    ExpectSame(support::SameBitsOrNaN(rendered, wanted),
                "Apply " + std::to_string(count) + " from " + std::to_string(start));
     CompareCalls("Apply");
     return rendered;
