@@ -38,7 +38,9 @@ void ConsoleOut::PutNum(int width, int precision, double value) {
 }
 
 void ConsoleOut::GetTime(double* seconds) {
-  const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - ClockStart();
+  // The start is read first: the first reading of all must not lie before it.
+  const auto start = ClockStart();
+  const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
   *seconds = elapsed.count();
 }
 
