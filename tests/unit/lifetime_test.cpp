@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "frame/ref.h"
 #include "frame/unknown.h"
 
 namespace wavefilters {
@@ -49,6 +50,38 @@ TEST(Embedded, CountsAndEndsWithItsOwner) {
     EXPECT_FALSE(ended);
   }
   EXPECT_TRUE(ended);
+}
+
+TEST(Ref, ReleasesWhatItHeldWhenItTakesAnother) {
+  bool firstEnded = false;
+  bool secondEnded = false;
+  auto ref = Ref<Probe>::Share(new Heap<Probe>(firstEnded));
+  ref = Ref<Probe>::Share(new Heap<Probe>(secondEnded));
+  EXPECT_TRUE(firstEnded);
+  EXPECT_FALSE(secondEnded);
+  auto& itself = ref;
+  ref = std::move(itself);
+  EXPECT_FALSE(secondEnded) << "moved to itself it keeps what it holds";
+  ref.Reset();
+  EXPECT_TRUE(secondEnded);
+  EXPECT_FALSE(ref);
+}
+
+TEST(Ref, SharesAndAdoptsAndHandsOut) {
+  bool ended = false;
+  Embedded<Probe> probe(ended);
+  {
+    const auto shared = Ref<Probe>::Share(&probe);
+    probe.AddRef();
+    auto adopted = Ref<Probe>::Adopt(&probe);
+    EXPECT_EQ(adopted.Get(), &probe);
+    EXPECT_EQ(probe.AddRef(), 3U);
+    EXPECT_EQ(adopted.Detach(), &probe);
+    EXPECT_FALSE(adopted);
+  }
+  EXPECT_EQ(probe.Release(), 1U);
+  EXPECT_EQ(probe.Release(), 0U);
+  EXPECT_FALSE(Ref<Probe>::Share(nullptr));
 }
 
 }  // namespace
