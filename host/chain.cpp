@@ -66,7 +66,7 @@ SignalInfo Announced(IWaveFilterC& filter, const BridgeSource& feed, const std::
   if (!descriptor) {
     Fail(ExitStatus::Usage, "{}: hands out no descriptor", label);
   }
-  const SignalInfo delivered = feed.Read(*descriptor.Get());
+  SignalInfo delivered = feed.Read(*descriptor.Get());
   if (!(std::isfinite(delivered.interval_ms) && delivered.interval_ms > 0.0)) {
     Fail(ExitStatus::Usage, "{}: announces a sampling interval of {} ms", label,
          NumberText(delivered.interval_ms));

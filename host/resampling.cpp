@@ -12,6 +12,8 @@ namespace wavechain {
 namespace {
 
 constexpr int MaxHalfLength = 2048;
+// How much of a quality's reach a kernel must have: some factors do not go well into 2048.
+constexpr double LeastReach = 0.985;
 
 // From tools/measure_resampler.py.
 constexpr ResamplerQuality Qualities[] = {
@@ -69,7 +71,8 @@ class Planner {
 
   // The rate that is reached when this is left, in units of the rate that the chain is fed.
   double RateAt(const RateRatio& left) const {
-    return static_cast<double>(ratio.up / left.up) / static_cast<double>(ratio.down / left.down);
+    const RateRatio done = {ratio.up / left.up, ratio.down / left.down};
+    return static_cast<double>(done.up) / static_cast<double>(done.down);
   }
 
   const Choice& Best(const RateRatio& left) {
@@ -103,6 +106,9 @@ class Planner {
       return;
     }
     const ResamplerStage stage = Stage(up, down, quality);
+    if (stage.halfLength < LeastReach * quality.reach * std::max(up, down)) {
+      return;
+    }
     const int taps = 2 * (stage.halfLength / up) + 1;
     const Choice choice = {rest.stages + 1, rest.cost + taps * rate, up, down};
     if (std::tie(choice.stages, choice.cost) < std::tie(best.stages, best.cost)) {
