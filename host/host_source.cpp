@@ -7,7 +7,6 @@ namespace wavechain {
 using wavefilters::IConsoleOutC;
 using wavefilters::INumStreamC;
 using wavefilters::IWaveDescriptorC;
-using wavefilters::IWaveSourceC;
 using wavefilters::Ref;
 
 void HostSource::GetDescriptor(IWaveDescriptorC** out) {

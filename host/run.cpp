@@ -37,6 +37,7 @@ std::vector<FilterCall> ParseFilters(const std::vector<std::string>& texts) {
     Fail(ExitStatus::Usage, "no filter is given; add -f \"FIRNotch half_length=200\" or its like");
   }
   std::vector<FilterCall> calls;
+  calls.reserve(texts.size());
   for (const std::string& text : texts) {
     calls.push_back(ParseFilter(text));
   }
