@@ -55,7 +55,7 @@ class NumberText {
 };
 
 // A text file of numbers; closed, it is an empty one.
-class NumberFile : public NumStream {
+class NumberFile final : public NumStream {
  public:
   void AddRef() override {}
   void Release() override {}

@@ -37,6 +37,8 @@ class PelletRecords : public AddTrack {
   }
 
  protected:
+  using AddTrack::Init;
+
   // Reads the current line and forms its value; false where the line does not hold a record.
   virtual bool ReadRecord(float& value) = 0;
 

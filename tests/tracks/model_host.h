@@ -29,7 +29,7 @@ struct SourceScript {
 
 // The host's objects on the model's side. They note their calls in the mocks' notation.
 
-class ModelDescriptor : public reference::Descriptor {
+class ModelDescriptor final : public reference::Descriptor {
  public:
   ModelDescriptor(std::string name, CallLog& calls, const SourceScript& said)
       : prefix(std::move(name) + ".descriptor."), log(&calls), script(&said) {}
@@ -48,7 +48,7 @@ class ModelDescriptor : public reference::Descriptor {
   const SourceScript* script;
 };
 
-class ModelSource : public reference::Source {
+class ModelSource final : public reference::Source {
  public:
   ModelSource(std::string objectName, CallLog& calls, SourceScript behaviour)
       : name(std::move(objectName)), log(&calls), script(std::move(behaviour)) {}
@@ -69,7 +69,7 @@ class ModelSource : public reference::Source {
   std::list<ModelDescriptor> descriptors;
 };
 
-class ModelStream : public reference::NumStream {
+class ModelStream final : public reference::NumStream {
  public:
   ModelStream(std::string name, CallLog& calls) : prefix(std::move(name) + "."), log(&calls) {}
 

@@ -15,7 +15,8 @@
 namespace tracks {
 
 // A filter of the library beside its model. Every operation is done to both: the samples must have
-// the same bits (any not-a-number counts as any other), and the calls that reach the host's objects must be the same in the same order.
+// the same bits (any not-a-number counts as any other), and the calls that reach the host's objects
+// must be the same in the same order.
 template <class Model>
 class Twin {
  public:
