@@ -21,6 +21,7 @@ reference::ResampledBlock Applied(support::Filter& filter, const Samples& in, in
   filter.Call<ResampleApply>(16, from.data(), out.data(), nIn, nOut, &consumed, &produced);
   EXPECT_TRUE(support::SameBitsOrNaN(from.First(static_cast<int>(in.size())), in));
   from.CheckAfter(static_cast<int>(in.size()));
+  EXPECT_GE(produced, 0);
   EXPECT_LE(produced, room);
   out.CheckAfter(produced);
   return {consumed, out.First(produced)};
