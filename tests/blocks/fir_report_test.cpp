@@ -142,7 +142,8 @@ TEST_P(FirReport, DividesByOperationsBeyondAFloatsWholeNumbers) {
   Attach(20, 1.0);
   filter.Set_param_list({2048.0});
   filter.Init(0.1);
-  filter.Exchange(6, +[](void*) { return true; });
+  filter.Exchange(
+      6, +[](void*) { return true; });
   log.Take();
   Samples in = Constant(2 * 4097);
   Samples out = Constant(4097);
