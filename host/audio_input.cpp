@@ -1,223 +1,56 @@
 #include "host/audio_input.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <cstdio>
-#include <limits>
-#include <sstream>
-#include <string_view>
 
 #include "host/failure.h"
-#include "host/interrupt.h"
 
 namespace wavechain {
 namespace {
 
 constexpr int BlockFrames = 4096;
 
-bool IsRegular(int descriptor) {
-  struct stat status = {};
-  return ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
-}
-
-bool IsFolder(int descriptor) {
-  struct stat status = {};
-  return ::fstat(descriptor, &status) == 0 && S_ISDIR(status.st_mode);
-}
-
-std::string FormatName(int format) {
-  SF_FORMAT_INFO named = {};
-  named.format = format;
-  ::sf_command(nullptr, SFC_GET_FORMAT_INFO, &named, sizeof named);
-  return named.name == nullptr ? "unknown" : named.name;
-}
-
-// For the fields of a header's log that tell a size worth comparing: by how many bytes it may be
-// rounded up. The others give nothing.
-std::optional<std::uint64_t> AllowedPadding(std::string_view field) {
-  const std::string_view name = field.substr(0, field.find_last_not_of(' ') + 1);
-  if (name == "data" || name == "SSND" || name == "Data Size") {
-    return 0;
+// The channel to read of a recording, from 1.
+int ChooseChannel(const SoundInput& sound, std::optional<int> wanted, std::string_view argument) {
+  if (!wanted && sound.Channels() > 1) {
+    Fail(ExitStatus::Usage, "{}: has {} channels; choose one by {}1 to {}{}", sound.Name(),
+         sound.Channels(), argument, argument, sound.Channels());
   }
-  // W64 and RF64 are only compared as whole files.
-  return name == "riff" || name == "Riff size" ? std::optional<std::uint64_t>(8) : std::nullopt;
+  const int channel = wanted.value_or(1);
+  if (channel < 1 || channel > sound.Channels()) {
+    Fail(ExitStatus::Usage, "{}{}: {} has {}", argument, channel, sound.Name(),
+         sound.Channels() == 1 ? "1 channel" : fmt::format("channels 1 to {}", sound.Channels()));
+  }
+  return channel;
 }
 
 }  // namespace
 
 AudioInput::AudioInput(const std::string& recording, std::optional<int> wantedChannel,
                        bool allowTruncated, std::string_view channelArgument)
-    : path(recording), name(recording == "-" ? "standard input" : recording) {
-  OpenFile();
-  OpenSound();
-  if (!allowTruncated) {
-    RefuseTruncated();
+    : sound(recording, allowTruncated),
+      channel(ChooseChannel(sound, wantedChannel, channelArgument)) {
+  if (sound.Channels() > 1) {
+    frames.resize(static_cast<std::size_t>(sound.Channels()) * BlockFrames);
   }
-  ChooseChannel(wantedChannel, channelArgument);
-  // Streams of unknown length (FLAC made by a pipe) are counted once before they are read.
-  constexpr auto Unknown = std::numeric_limits<sf_count_t>::max();
-  length = info.frames == Unknown ? CountSamples() : std::max<std::int64_t>(info.frames, 0);
-}
-
-void AudioInput::OpenFile() {
-  file = File(path == "-" ? ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
-                          : ::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-  if (!file.IsOpen()) {
-    const int error = errno;
-    StopIfInterrupted();
-    Fail(ExitStatus::Input, "{}: cannot be opened: {}", name, SystemText(error));
-  }
-  if (IsFolder(file.Descriptor())) {
-    Fail(ExitStatus::Input, "{}: is a folder, not a recording", name);
-  }
-  // A redirected file that another program has begun to read starts where that one stopped.
-  if (!IsRegular(file.Descriptor()) || ::lseek(file.Descriptor(), 0, SEEK_CUR) != 0) {
-    Spool();
-  }
-}
-
-void AudioInput::Spool() {
-  File spool = TemporaryFile();
-  int error = spool.IsOpen() ? 0 : errno;
-  std::vector<char> block(1 << 16);
-  while (error == 0) {
-    StopIfInterrupted();
-    const long came = ReadSome(file.Descriptor(), block.data(), block.size());
-    StopIfInterrupted();
-    if (came < 0) {
-      Fail(ExitStatus::Input, "{}: cannot be read: {}", name, SystemText(static_cast<int>(-came)));
-    }
-    if (came == 0) {
-      break;
-    }
-    error = WriteAll(spool.Descriptor(), block.data(), static_cast<std::size_t>(came));
-  }
-  if (error != 0) {
-    Fail(ExitStatus::Input, "{}: no room for its temporary copy in {}: {}; set TMPDIR", name,
-         TemporaryFolder(), SystemText(error));
-  }
-  ::lseek(spool.Descriptor(), 0, SEEK_SET);
-  file = std::move(spool);
-}
-
-void AudioInput::OpenSound() {
-  info = {};
-  ::lseek(file.Descriptor(), 0, SEEK_SET);
-  sound = std::make_unique<SoundFile>(file.Descriptor(), SFM_READ, info);
-  if (sound->Get() == nullptr) {
-    struct stat status = {};
-    ::fstat(file.Descriptor(), &status);
-    Fail(ExitStatus::Input, "{}: cannot be read as a recording: {}", name,
-         status.st_size == 0 ? "it is empty (0 bytes)" : sound->Error());
-  }
-  if (info.samplerate < 1 || info.channels < 1) {
-    Fail(ExitStatus::Input, "{}: its header announces {} Hz and {} channels", name, info.samplerate,
-         info.channels);
-  }
-}
-
-void AudioInput::ChooseChannel(std::optional<int> wanted, std::string_view argument) {
-  if (!wanted && info.channels > 1) {
-    Fail(ExitStatus::Usage, "{}: has {} channels; choose one by {}1 to {}{}", name, info.channels,
-         argument, argument, info.channels);
-  }
-  channel = wanted.value_or(1);
-  if (channel < 1 || channel > info.channels) {
-    Fail(ExitStatus::Usage, "{}{}: {} has {}", argument, channel, name,
-         info.channels == 1 ? "1 channel" : fmt::format("channels 1 to {}", info.channels));
-  }
-  if (info.channels > 1) {
-    frames.resize(static_cast<std::size_t>(info.channels) * BlockFrames);
-  }
-}
-
-void AudioInput::RefuseTruncated() const {
-  // libsndfile reads what is there without a word, which is only to be found in its log.
-  std::array<char, 1 << 14> log = {};
-  ::sf_command(sound->Get(), SFC_GET_LOG_INFO, log.data(), static_cast<int>(log.size()) - 1);
-  if (const std::optional<Shortfall> shortfall = FindShortfall(log.data())) {
-    Fail(ExitStatus::Input,
-         "{}: is cut short: its header announces {} bytes, there are {}; --allow-truncated takes "
-         "what is there",
-         name, shortfall->announced, shortfall->present);
-  }
-}
-
-std::int64_t AudioInput::CountSamples() {
-  std::vector<float> block(static_cast<std::size_t>(info.channels) * BlockFrames);
-  std::int64_t count = 0;
-  while (const sf_count_t came = ::sf_readf_float(sound->Get(), block.data(), BlockFrames)) {
-    StopIfInterrupted();
-    count += came;
-  }
-  OpenSound();
-  return count;
 }
 
 int AudioInput::Read(float* samples, int count) {
-  const auto wanted = static_cast<int>(std::min<std::int64_t>(count, length - position));
+  if (frames.empty()) {
+    return sound.Read(samples, count);
+  }
   int total = 0;
-  while (total < wanted && !gaveOut) {
-    const int came = ReadFrames(samples + total, wanted - total);
-    gaveOut = came <= 0;
-    total += std::max(came, 0);
+  while (total < count) {
+    const int came = sound.Read(frames.data(), std::min(count - total, BlockFrames));
+    if (came == 0) {
+      break;
+    }
+    const float* from = frames.data() + (channel - 1);
+    for (int i = 0; i < came; ++i) {
+      samples[total + i] = from[static_cast<std::ptrdiff_t>(i) * sound.Channels()];
+    }
+    total += came;
   }
-  position += total;
   return total;
-}
-
-int AudioInput::ReadFrames(float* samples, int count) {
-  if (info.channels == 1) {
-    return static_cast<int>(::sf_readf_float(sound->Get(), samples, count));
-  }
-  const auto came =
-      static_cast<int>(::sf_readf_float(sound->Get(), frames.data(), std::min(count, BlockFrames)));
-  const float* from = frames.data() + (channel - 1);
-  for (int i = 0; i < came; ++i) {
-    samples[i] = from[static_cast<std::ptrdiff_t>(i) * info.channels];
-  }
-  return came;
-}
-
-void AudioInput::RequireIntact() const {
-  if (!gaveOut) {
-    return;
-  }
-  const bool reasonKnown = sound->SystemError() != 0 || ::sf_error(sound->Get()) != SF_ERR_NO_ERROR;
-  Fail(ExitStatus::Input, "{}: is damaged: it gives out after {} of {} samples{}", name, position,
-       length, reasonKnown ? fmt::format(" ({})", sound->Error()) : "");
-}
-
-std::string AudioInput::FormatText() const {
-  return fmt::format("{}, {}", FormatName(info.format & SF_FORMAT_TYPEMASK),
-                     FormatName(info.format & SF_FORMAT_SUBMASK));
-}
-
-std::optional<Shortfall> FindShortfall(const std::string& headerLog) {
-  constexpr std::uint64_t UnknownSize = 0x7FFFF000;
-  constexpr std::uint64_t UnknownLongSize = 0x7FFFFFFFFFFFF000;
-  std::istringstream lines(headerLog);
-  for (std::string line; std::getline(lines, line);) {
-    char name[16] = {};
-    unsigned long long announced = 0;
-    unsigned long long present = 0;
-    if (std::sscanf(line.c_str(), " %15[^:]: %llu (should be %llu)", name, &announced, &present) !=
-        3) {
-      continue;
-    }
-    const std::optional<std::uint64_t> padding = AllowedPadding(name);
-    const bool known =
-        announced < UnknownSize || (announced > 0xFFFFFFFFU && announced < UnknownLongSize);
-    if (padding && known && announced > present + *padding) {
-      return Shortfall{static_cast<std::int64_t>(announced), static_cast<std::int64_t>(present)};
-    }
-  }
-  return std::nullopt;
 }
 
 }  // namespace wavechain

@@ -11,10 +11,12 @@
 
 #include "host/audio_format.h"
 #include "host/catalogue_text.h"
+#include "host/diff_command.h"
 #include "host/failure.h"
 #include "host/file.h"
 #include "host/filter_library.h"
 #include "host/interrupt.h"
+#include "host/print.h"
 #include "host/run.h"
 #include "host/text.h"
 
@@ -26,14 +28,6 @@ struct InfoRequest {
   std::optional<std::string> library;
   bool json = false;
 };
-
-// Standard output is checked like any other: a full disk must not look like success.
-void Print(const std::string& text) {
-  if (const int error = WriteAll(STDOUT_FILENO, text.data(), text.size())) {
-    StopIfInterrupted();
-    Fail(ExitStatus::Output, "standard output: cannot be written: {}", SystemText(error));
-  }
-}
 
 void List(const InfoRequest& request) {
   const FilterLibrary library(request.library);
@@ -151,10 +145,9 @@ void AddInfo(CLI::App& app, InfoRequest& request) {
   info->callback([&request] { Info(request); });
 }
 
-int Report(ExitStatus status, std::string_view message) {
+void Report(std::string_view message) {
   const std::string line = fmt::format("wavechain: {}\n", OneLine(message));
   WriteAll(STDERR_FILENO, line.data(), line.size());
-  return static_cast<int>(status);
 }
 
 // CLI11 would only say that a command is missing.
@@ -199,7 +192,7 @@ void RequireKnownCommand(const CLI::App& app, int argc, const char* const* argv)
                       : "");
 }
 
-int Understand(CLI::App& app, int argc, const char* const* argv) {
+void Understand(CLI::App& app, int argc, const char* const* argv) {
   RequireKnownCommand(app, argc, argv);
   try {
     app.parse(argc, argv);
@@ -214,7 +207,6 @@ int Understand(CLI::App& app, int argc, const char* const* argv) {
     Fail(ExitStatus::Usage, "{}; see wavechain {}--help", error.what(),
          chosen.empty() ? "" : chosen.front()->get_name() + " ");
   }
-  return static_cast<int>(ExitStatus::Done);
 }
 
 }  // namespace
@@ -223,6 +215,7 @@ int CommandLine(int argc, const char* const* argv) {
   CatchInterrupts();
   RunRequest run;
   InfoRequest info;
+  DiffCommand diff;
   try {
     CLI::App app("Runs chains of signal filters over recordings.", "wavechain");
     app.set_version_flag("--version", "wavechain " WAVECHAIN_VERSION);
@@ -230,18 +223,22 @@ int CommandLine(int argc, const char* const* argv) {
     app.get_formatter()->column_width(26);
     AddRun(app, run);
     AddInfo(app, info);
+    diff.AddTo(app);
     app.footer(
         "wavechain COMMAND --help tells more about a command; run's lists all filters.\n"
         "Exit status: 0 done, 1 wrong usage or chain, 2 input could not be processed,\n"
-        "3 output could not be written, 130 interrupted.");
-    return Understand(app, argc, argv);
+        "3 output could not be written, 130 interrupted. diff has statuses of its own.");
+    Understand(app, argc, argv);
+    return diff.Status(ExitStatus::Done);
   } catch (const Failure& failure) {
-    return Report(failure.Status(), failure.what());
+    Report(failure.what());
+    return diff.Status(failure.Status());
   } catch (const std::bad_alloc&) {
-    return Report(ExitStatus::Input, "out of memory");
+    Report("out of memory");
   } catch (const std::exception& error) {
-    return Report(ExitStatus::Input, error.what());
+    Report(error.what());
   }
+  return static_cast<int>(ExitStatus::Input);
 }
 
 }  // namespace wavechain
