@@ -7,13 +7,6 @@
 namespace hardening {
 namespace {
 
-bool Is(const Kind& kind, const Kind& other) { return std::string_view(kind.entry) == other.entry; }
-
-bool IsOneOf(const Kind& kind, std::initializer_list<Kind> others) {
-  return std::any_of(others.begin(), others.end(),
-                     [&kind](const Kind& other) { return Is(kind, other); });
-}
-
 // At three places of the file, early, half-way and late, a line is longer than any before: whoever
 // reads it needs a larger buffer in mid-stream.
 std::string Padding(int line, double lines) {
@@ -66,6 +59,17 @@ std::string TrackBytes(double duration_ms) {
     bytes += static_cast<char>((i * 101) % 256);
   }
   return bytes;
+}
+
+}  // namespace
+
+bool Is(const Kind& kind, const Kind& other) { return std::string_view(kind.entry) == other.entry; }
+
+namespace {
+
+bool IsOneOf(const Kind& kind, std::initializer_list<Kind> others) {
+  return std::any_of(others.begin(), others.end(),
+                     [&kind](const Kind& other) { return Is(kind, other); });
 }
 
 }  // namespace

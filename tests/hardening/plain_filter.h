@@ -55,6 +55,8 @@ support::Samples PullGuarded(PlainFilter& filter, int count);
 // Pulls `count` at a time until the end, or until `most` samples have come.
 support::Samples PullToEnd(PlainFilter& filter, int count, int most);
 
+bool Is(const Kind& kind, const Kind& other);
+
 // Sources that the kind combines.
 int SourceCount(const Kind& kind);
 
