@@ -32,6 +32,11 @@ constexpr Container AllContainers[] = {
     {"rf64", "", SF_FORMAT_RF64, NoLimit, "float32"},
     {"au", "snd", SF_FORMAT_AU, FourGiB, "float32"},
     {"caf", "", SF_FORMAT_CAF, NoLimit, "float32"},
+    {"f32", "", SF_FORMAT_RAW, NoLimit, "float32", ContainerKind::Raw},
+    {"f64", "", SF_FORMAT_RAW, NoLimit, "float64", ContainerKind::Raw},
+    {"s16", "", SF_FORMAT_RAW, NoLimit, "pcm16", ContainerKind::Raw},
+    {"s24", "", SF_FORMAT_RAW, NoLimit, "pcm24", ContainerKind::Raw},
+    {"s32", "", SF_FORMAT_RAW, NoLimit, "pcm32", ContainerKind::Raw},
     {"csv", "", 0, NoLimit, "", ContainerKind::Csv},
     {"npy", "", 0, NoLimit, "", ContainerKind::Npy},
 };
@@ -95,6 +100,11 @@ const Container& ChooseContainer(const std::string& path,
 
 }  // namespace
 
+int OutputFormat::Number() const {
+  const int order = container->kind == ContainerKind::Raw ? static_cast<int>(SF_ENDIAN_LITTLE) : 0;
+  return container->type | encoding->subtype | order;
+}
+
 std::string OutputFormat::Text() const {
   return encoding == nullptr ? std::string(container->name)
                              : fmt::format("{}, {}", container->name, encoding->name);
@@ -106,7 +116,11 @@ std::span<const Container> Containers() { return AllContainers; }
 OutputFormat ChooseFormat(const std::string& path, const std::optional<std::string>& format,
                           const std::optional<std::string>& encoding) {
   const Container& container = ChooseContainer(path, format);
-  if (container.kind != ContainerKind::Audio) {
+  if (container.kind == ContainerKind::Raw && encoding && *encoding != container.usualEncoding) {
+    Fail(ExitStatus::Usage, "--encoding {}: {} samples are {}; leave it out", *encoding,
+         container.name, container.usualEncoding);
+  }
+  if (container.kind == ContainerKind::Csv || container.kind == ContainerKind::Npy) {
     if (encoding) {
       Fail(ExitStatus::Usage, "--encoding {}: a {} file has no choice of encodings; leave it out",
            *encoding, container.name);

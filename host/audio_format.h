@@ -17,8 +17,8 @@ struct Encoding {
   int bytes;              // that a sample takes, before any compression
 };
 
-/// Who writes a container: libsndfile, or the host itself.
-enum class ContainerKind { Audio, Csv, Npy };
+/// Who writes a container: libsndfile (samples without a header, too), or the host itself.
+enum class ContainerKind { Audio, Raw, Csv, Npy };
 
 /// A kind of file that holds a signal.
 struct Container {
@@ -37,7 +37,7 @@ struct OutputFormat {
   const Encoding* encoding = nullptr;  // null where the container has but one form
 
   /// libsndfile's number for the two; for audio only.
-  int Number() const { return container->type | encoding->subtype; }
+  int Number() const;
   std::string Text() const;
 };
 

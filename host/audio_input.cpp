@@ -26,8 +26,9 @@ int ChooseChannel(const SoundInput& sound, std::optional<int> wanted, std::strin
 }  // namespace
 
 AudioInput::AudioInput(const std::string& recording, std::optional<int> wantedChannel,
-                       bool allowTruncated, std::string_view channelArgument)
-    : sound(recording, allowTruncated),
+                       bool allowTruncated, std::string_view channelArgument,
+                       const std::optional<RawLayout>& raw)
+    : sound(recording, allowTruncated, raw),
       channel(ChooseChannel(sound, wantedChannel, channelArgument)) {
   if (sound.Channels() > 1) {
     frames.resize(static_cast<std::size_t>(sound.Channels()) * BlockFrames);

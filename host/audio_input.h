@@ -17,7 +17,8 @@ class AudioInput {
   /// several channels comes without a choice, or with a choice that it does not have. The choice
   /// is called by `channelArgument`, which the number follows, in messages.
   AudioInput(const std::string& path, std::optional<int> wantedChannel, bool allowTruncated,
-             std::string_view channelArgument = "--channel ");
+             std::string_view channelArgument = "--channel ",
+             const std::optional<RawLayout>& raw = std::nullopt);
 
   /// Reads up to `count` samples (1 or more); fewer at the end, or where the file gives out.
   int Read(float* samples, int count);

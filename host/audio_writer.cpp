@@ -37,7 +37,8 @@ AudioWriter::AudioWriter(int fileDescriptor, std::string fileName, const OutputF
   }
   rate = static_cast<int>(std::lround(exactRate));
   // An interval of 1000 / rate is not exact itself.
-  rateRounded = std::abs(exactRate - rate) > 1e-9 * exactRate;
+  rateRounded =
+      format.container->kind != ContainerKind::Raw && std::abs(exactRate - rate) > 1e-9 * exactRate;
   RequireRoom(signal.length);
 
   SF_INFO info = {};

@@ -17,6 +17,7 @@
 #include "host/filter_library.h"
 #include "host/interrupt.h"
 #include "host/print.h"
+#include "host/raw_format.h"
 #include "host/run.h"
 #include "host/text.h"
 
@@ -115,7 +116,10 @@ void AddRun(CLI::App& app, RunRequest& request) {
   run->add_option("--library", request.library, "filter library to load instead of the usual one");
   run->add_option("--silence", request.silence_s,
                   "seconds of silence as input, in place of a recording (with --rate)");
-  run->add_option("--rate", request.rate, "sampling rate of the silence, Hz");
+  run->add_option("--rate", request.rate, "sampling rate of the silence or of raw samples, Hz");
+  run->add_option("-t,--type", request.type,
+                  "IN is raw samples without a header, little-endian, one channel: " +
+                      Choices(RawTypes()) + " (with --rate). So is OUT then, where it is -");
   run->add_option("--seed", request.seed, "of the noise that FricSyn draws; 1 by default");
   run->add_flag("--allow-missing", request.allowMissing,
                 "run filters whose data files are missing or empty: they add nothing");

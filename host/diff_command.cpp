@@ -1,7 +1,5 @@
 #include "host/diff_command.h"
 
-#include <CLI/CLI.hpp>
-
 #include "host/print.h"
 
 namespace wavechain {

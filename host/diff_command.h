@@ -1,14 +1,10 @@
 #ifndef WAVEFILTERS_HOST_DIFF_COMMAND_H
 #define WAVEFILTERS_HOST_DIFF_COMMAND_H
 
-#include <optional>
+#include <CLI/App.hpp>
 
 #include "host/diff.h"
 #include "host/failure.h"
-
-namespace CLI {
-class App;
-}
 
 namespace wavechain {
 

@@ -54,7 +54,8 @@ class Input {
           Make<SilentSource>(static_cast<std::int64_t>(samples), *request.rate).Detach());
       return;
     }
-    file = std::make_unique<AudioInput>(request.input, request.channel, request.allowTruncated);
+    file = std::make_unique<AudioInput>(request.input, request.channel, request.allowTruncated,
+                                        "--channel ", ChooseRawLayout(request.type, request.rate));
     recording = Make<RecordingSource>(*file);
     source = wavefilters::Ref<HostSource>::Share(recording.Get());
   }
@@ -160,8 +161,17 @@ std::string Comment(const std::vector<FilterCall>& calls, const SignalInfo& sign
 }
 
 void CheckInput(const RunRequest& request) {
-  if (request.silence_s.has_value() != request.rate.has_value()) {
-    Fail(ExitStatus::Usage, "--silence and --rate go together, as in --silence 2 --rate 16000");
+  if (request.silence_s && !request.rate) {
+    Fail(ExitStatus::Usage, "--silence has no rate of its own; add --rate, as in --rate 16000");
+  }
+  if (request.rate && !request.silence_s && !request.type) {
+    Fail(ExitStatus::Usage,
+         "--rate goes with --silence or with -t; a recording's rate is changed by -f "
+         "\"ResampleBlackman rate={}\"",
+         NumberText(*request.rate));
+  }
+  if (request.silence_s && request.type) {
+    Fail(ExitStatus::Usage, "-t and --silence exclude each other: silence has no samples to read");
   }
   if (request.silence_s && !(std::isfinite(*request.silence_s) && *request.silence_s >= 0.0)) {
     Fail(ExitStatus::Usage, "--silence {}: seconds are 0 or more", NumberText(*request.silence_s));
@@ -178,7 +188,10 @@ void Run(const RunRequest& request) {
   const auto start = std::chrono::steady_clock::now();
   Log log(request.quiet, ::isatty(STDERR_FILENO) != 0);
   const std::vector<FilterCall> calls = ParseFilters(request.filters);
-  const OutputFormat format = ChooseFormat(request.output, request.format, request.encoding);
+  // Who sends raw samples through a pipe expects the like of them.
+  const bool rawThrough = request.type && request.output == "-" && !request.format;
+  const OutputFormat format =
+      ChooseFormat(request.output, rawThrough ? request.type : request.format, request.encoding);
   const FilterLibrary library(request.library);
   CheckInput(request);
   CheckTarget(request.output, request.force,

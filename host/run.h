@@ -22,7 +22,8 @@ struct RunRequest {
   bool allowMissing = false;
   bool libraryTail = false;
   std::optional<double> silence_s;  // with `rate`, in place of a recording
-  std::optional<double> rate;       // Hz
+  std::optional<double> rate;       // Hz; of the silence, or of raw samples
+  std::optional<std::string> type;  // of raw samples, where the recording has no header
   unsigned seed = 1;                // of the noise that FricSyn draws
 };
 

@@ -14,6 +14,7 @@ std::unique_ptr<SignalWriter> MakeWriter(int descriptor, const std::string& name
     case ContainerKind::Npy:
       return std::make_unique<NpyWriter>(descriptor, name, signal);
     case ContainerKind::Audio:
+    case ContainerKind::Raw:
       break;
   }
   return std::make_unique<AudioWriter>(descriptor, name, format, signal, comment);

@@ -24,7 +24,9 @@ std::string WithoutDot(std::string text) {
 
 }  // namespace
 
-SoundFile::SoundFile(int fileDescriptor, int mode, SF_INFO& info) : descriptor(fileDescriptor) {
+SoundFile::SoundFile(int fileDescriptor, int mode, SF_INFO& info,
+                     std::optional<std::int64_t> unknownSizeAt)
+    : descriptor(fileDescriptor), unknownSize(unknownSizeAt) {
   SF_VIRTUAL_IO calls = {&Length, &Seek, &Read, &Write, &Tell};
   file = ::sf_open_virtual(&calls, mode, &info, this);
 }
@@ -69,7 +71,18 @@ sf_count_t SoundFile::Seek(sf_count_t offset, int whence, void* self) {
   return Self(self).Note(at, at < 0 && errno != EINVAL ? errno : 0);
 }
 
+void SoundFile::ReplaceSize(char* bytes, std::int64_t at, std::int64_t count) const {
+  constexpr std::int64_t Size = 4;
+  for (std::int64_t i = 0; unknownSize && i < Size; ++i) {
+    const std::int64_t place = *unknownSize + i - at;
+    if (place >= 0 && place < count) {
+      bytes[place] = '\xFF';
+    }
+  }
+}
+
 sf_count_t SoundFile::Read(void* bytes, sf_count_t count, void* self) {
+  const sf_count_t at = Self(self).unknownSize ? Tell(self) : 0;
   sf_count_t total = 0;
   while (total < count) {
     const long came = ReadSome(Self(self).descriptor, static_cast<char*>(bytes) + total,
@@ -79,6 +92,7 @@ sf_count_t SoundFile::Read(void* bytes, sf_count_t count, void* self) {
     }
     total += came;
   }
+  Self(self).ReplaceSize(static_cast<char*>(bytes), at, total);
   return total;
 }
 

@@ -4,6 +4,7 @@
 #include <sndfile.h>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace wavechain {
@@ -15,7 +16,10 @@ class SoundFile {
  public:
   /// `mode` is SFM_READ or SFM_WRITE. Where the file cannot be opened, Get() is null and
   /// Error() says why.
-  SoundFile(int fileDescriptor, int mode, SF_INFO& info);
+  /// Four bytes from `unknownSize` on, if given, are read as 0xFF whatever they are: a size that
+  /// nobody filled in becomes one that libsndfile takes for unknown.
+  SoundFile(int fileDescriptor, int mode, SF_INFO& info,
+            std::optional<std::int64_t> unknownSize = std::nullopt);
   ~SoundFile();
   SoundFile(const SoundFile&) = delete;
   SoundFile& operator=(const SoundFile&) = delete;
@@ -37,9 +41,11 @@ class SoundFile {
   static sf_count_t Write(const void* bytes, sf_count_t count, void* self);
   static sf_count_t Tell(void* self);
 
+  void ReplaceSize(char* bytes, std::int64_t at, std::int64_t count) const;
   sf_count_t Note(sf_count_t result, int error);
 
   int descriptor;
+  std::optional<std::int64_t> unknownSize;
   SNDFILE* file = nullptr;
   int systemError = 0;
   std::int64_t written = 0;

@@ -15,6 +15,7 @@
 
 #include "host/failure.h"
 #include "host/interrupt.h"
+#include "host/wav_size.h"
 
 namespace wavechain {
 namespace {
@@ -51,8 +52,9 @@ std::optional<std::uint64_t> AllowedPadding(std::string_view field) {
 
 }  // namespace
 
-SoundInput::SoundInput(const std::string& recording, bool allowTruncated)
-    : path(recording), name(recording == "-" ? "standard input" : recording) {
+SoundInput::SoundInput(const std::string& recording, bool allowTruncated,
+                       const std::optional<RawLayout>& rawLayout)
+    : path(recording), name(recording == "-" ? "standard input" : recording), raw(rawLayout) {
   OpenFile();
   OpenSound();
   if (!allowTruncated) {
@@ -106,8 +108,14 @@ void SoundInput::Spool() {
 
 void SoundInput::OpenSound() {
   info = {};
+  if (raw) {
+    info.format = raw->type->number;
+    info.samplerate = raw->rate;
+    info.channels = 1;
+  }
+  const auto unknownSize = raw ? std::nullopt : UnfilledDataSize(file.Descriptor());
   ::lseek(file.Descriptor(), 0, SEEK_SET);
-  sound = std::make_unique<SoundFile>(file.Descriptor(), SFM_READ, info);
+  sound = std::make_unique<SoundFile>(file.Descriptor(), SFM_READ, info, unknownSize);
   if (sound->Get() == nullptr) {
     struct stat status = {};
     ::fstat(file.Descriptor(), &status);
@@ -120,7 +128,29 @@ void SoundInput::OpenSound() {
   }
 }
 
+void SoundInput::RefuseHalfSample() const {
+  struct stat status = {};
+  ::fstat(file.Descriptor(), &status);
+  const std::int64_t more = status.st_size % raw->type->bytes;
+  if (more != 0) {
+    Fail(ExitStatus::Input,
+         "{}: is cut short: {} bytes are not a whole number of {} samples; --allow-truncated takes "
+         "what is there",
+         name, status.st_size, raw->type->name);
+  }
+}
+
 void SoundInput::RefuseTruncated() const {
+  if (raw) {
+    RefuseHalfSample();
+    return;
+  }
+  if (IsBeyondWav(file.Descriptor())) {
+    Fail(ExitStatus::Input,
+         "{}: is longer than the 4 GiB that a WAV file can tell of; send it as W64 or RF64, or as "
+         "raw samples with -t",
+         name);
+  }
   // libsndfile reads what is there without a word, which is only to be found in its log.
   std::array<char, 1 << 14> log = {};
   ::sf_command(sound->Get(), SFC_GET_LOG_INFO, log.data(), static_cast<int>(log.size()) - 1);

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "host/file.h"
+#include "host/raw_format.h"
 #include "host/sound_file.h"
 
 namespace wavechain {
@@ -18,8 +19,9 @@ class SoundInput {
  public:
   /// `path` may be "-" for standard input. Fails (input) where the file cannot be opened or is
   /// none that libsndfile knows, and where its header announces more than the file holds,
-  /// unless `allowTruncated`.
-  SoundInput(const std::string& path, bool allowTruncated);
+  /// unless `allowTruncated`. With a layout, the file is raw samples of one channel.
+  SoundInput(const std::string& path, bool allowTruncated,
+             const std::optional<RawLayout>& rawLayout = std::nullopt);
 
   /// Reads up to `count` frames (1 or more), a sample of each channel in turn; fewer at the
   /// end, or where the file gives out.
@@ -45,12 +47,14 @@ class SoundInput {
   void Spool();
   void OpenSound();
   void RefuseTruncated() const;
+  void RefuseHalfSample() const;
   std::int64_t CountFrames();
   template <class Sample>
   int ReadBy(sf_count_t (*read)(SNDFILE*, Sample*, sf_count_t), Sample* frames, int count);
 
   std::string path;
   std::string name;
+  std::optional<RawLayout> raw;
   File file;
   SF_INFO info = {};
   std::unique_ptr<SoundFile> sound;

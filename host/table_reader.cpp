@@ -36,7 +36,7 @@ NpyReader::NpyReader(const std::string& path) : SampleReader(path), file(path, s
   file.read(header.data(), static_cast<std::streamsize>(header.size()));
   std::smatch shape;
   const bool hasShape =
-      std::regex_search(header, shape, std::regex("'shape': \\((\\d{1,18}),? ?(\\d{1,9})?\\)"));
+      std::regex_search(header, shape, std::regex(R"('shape': \((\d{1,18}),? ?(\d{1,9})?\))"));
   wide = header.find("'<f8'") != std::string::npos;
   const bool isFloat = wide || header.find("'<f4'") != std::string::npos;
   const bool inRows = header.find("'fortran_order': False") != std::string::npos;

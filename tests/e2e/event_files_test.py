@@ -129,7 +129,7 @@ class Silence(Events):
     def test_what_is_wrong_is_said(self):
         out = self.folder / "o.wav"
         for arguments, words in (
-            ([out, "--silence", 1], "--silence and --rate go together"),
+            ([out, "--silence", 1], "--silence has no rate of its own; add --rate"),
             ([out, "--rate", 16000], "OUT is required"),
             ([out, "--silence", -1, "--rate", 16000], "seconds are 0 or more"),
             ([out, "--silence", 1, "--rate", 0], "a sampling rate is"),
