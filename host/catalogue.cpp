@@ -144,17 +144,21 @@ constexpr Parameter ResampleParameters[] = {
 constexpr HostArgument ResampleArguments[] = {
     {"rate", "HZ",
      "the rate to reach: up, down and the kernel follow from the rate that comes in, in several "
-     "stages where one kernel is too short; settles all parameters"},
+     "stages where one kernel is too short; settles all parameters",
+     HostValue::Number},
     {"quality", "fast|good|best",
      "the kernel for rate, or for up and down: fast is flat to 0.8 of the lower Nyquist frequency "
      "and clean from 1.2 on, good is clean from 1.0 on by 80 dB, best by 100 dB and flat to 0.85; "
-     "good by default"},
+     "good by default",
+     HostValue::Word},
 };
 
 constexpr HostArgument SecondSignal[] = {
     {"with", "\"FILE | FILTER | ...\"",
-     "the second signal: a recording, and filters that it goes through by choice", true},
-    {"channel", "NUMBER", "channel of that recording, from 1 (files of several)"},
+     "the second signal: a recording, and filters that it goes through by choice",
+     HostValue::Signal, true},
+    {"channel", "NUMBER", "channel of that recording, from 1 (files of several)",
+     HostValue::Number},
 };
 
 // An output for each step at which one is due, to the end of the last input.
@@ -231,12 +235,13 @@ constexpr DataFile ImpulseEvents[] = {
     {".gpm", "an impulse a line: ms, amplitude", DataKind::ImpulseEvents, "events"}};
 
 constexpr HostArgument TrackArguments[] = {
-    {"data", "FILE", "the data file, instead of the one beside the recording"}};
+    {"data", "FILE", "the data file, instead of the one beside the recording", HostValue::File}};
 constexpr HostArgument PalateArguments[] = {
     TrackArguments[0],
-    {"palate", "FILE", "the palate's file, instead of pal.dat beside the recording"}};
+    {"palate", "FILE", "the palate's file, instead of pal.dat beside the recording",
+     HostValue::File}};
 constexpr HostArgument EventArguments[] = {
-    {"events", "FILE", "the event file, instead of the one beside the recording"}};
+    {"events", "FILE", "the event file, instead of the one beside the recording", HostValue::File}};
 
 OutputScale TrackScale(std::span<const double> /*values*/) { return {"track units", 10.0}; }
 OutputScale PelletScale(std::span<const double> /*values*/) { return {"mm", 100.0}; }

@@ -37,11 +37,15 @@ struct Parameter {
   bool Required() const { return !preset && computed == nullptr; }
 };
 
+/// What the text of a host's own argument is.
+enum class HostValue { Number, Word, File, Signal };
+
 /// An argument that the host itself acts on, written as NAME=TEXT among the parameters.
 struct HostArgument {
   std::string_view name;
   std::string_view value;  // what stands behind the "=", as in FILE
   std::string_view help;
+  HostValue holds = HostValue::Word;
   bool required = false;
 };
 

@@ -97,11 +97,7 @@ void AddRun(CLI::App& app, RunRequest& request) {
       "file to write, its format from the extension (WAV without one); - is standard "
       "output, which gets the whole file at the end. .csv and .npy hold the numbers");
   out->type_name("");
-  run->add_option("-f,--filter", request.filters,
-                  "a filter and its parameters, by name, by position or both, as in "
-                  "\"FIRNotch 200 frequency=2500\"; once for each filter, in order")
-      ->allow_extra_args(false)
-      ->type_name("\"FILTER VALUE NAME=VALUE\"");
+  AddChainOptions(*run, request.chain);
   run->add_option_function<std::string>(
          "--channel",
          [&request](const std::string& text) { request.channel = ChannelNumber(text); },

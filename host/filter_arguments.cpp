@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 
 #include "host/catalogue_text.h"
 #include "host/failure.h"
@@ -14,7 +15,8 @@ namespace {
 // Reads one word from `text` at `at`, quotes and backslashes resolved.
 class WordReader {
  public:
-  explicit WordReader(std::string_view whole) : text(whole) {}
+  WordReader(std::string_view whole, std::string_view messageStart)
+      : text(whole), place(messageStart) {}
 
   bool Next(Argument& word) {
     while (at < text.size() && IsBlank(text[at])) {
@@ -55,7 +57,7 @@ class WordReader {
       value += text[at++];
     }
     if (at == text.size()) {
-      Fail(ExitStatus::Usage, "-f '{}': a {} is opened and never closed", text, quote);
+      Fail(ExitStatus::Usage, "{}: a {} is opened and never closed", place, quote);
     }
     ++at;
   }
@@ -63,22 +65,29 @@ class WordReader {
   static bool IsEscapable(char c) { return c == '"' || c == '\'' || c == '\\' || IsBlank(c); }
 
   std::string_view text;
+  std::string_view place;
   std::size_t at = 0;
 };
 
 // Settles the values of one filter, argument by argument.
 class Resolver {
  public:
-  Resolver(const FilterKind& filterKind, std::string_view wholeText)
-      : kind(filterKind), text(wholeText), given(filterKind.parameters.size()) {}
+  Resolver(const FilterKind& filterKind, const FilterText& filterText)
+      : kind(filterKind),
+        written(filterText),
+        place(filterText.place),
+        given(filterKind.parameters.size()) {}
 
   void Take(const Argument& argument) {
+    place = argument.place.empty() ? written.place : argument.place;
     if (!argument.name) {
       TakeByPosition(argument.value);
     } else if (const auto* parameter = Find(kind.parameters, *argument.name)) {
       Set(static_cast<std::size_t>(parameter - kind.parameters.data()), argument.value);
     } else if (const auto* own = Find(kind.hostArguments, *argument.name)) {
-      if (!hostValues.emplace(own->name, argument.value).second) {
+      const bool isFile = own->holds == HostValue::File;
+      const std::string& value = argument.value;
+      if (!hostValues.emplace(own->name, isFile ? InFolder(written.folder, value) : value).second) {
         Refuse("{} is given twice", own->name);
       }
     } else {
@@ -87,6 +96,7 @@ class Resolver {
   }
 
   FilterCall Finish() {
+    place = written.place;
     FilterCall call;
     call.kind = &kind;
     for (std::size_t i = 0; i < given.size(); ++i) {
@@ -116,8 +126,7 @@ class Resolver {
 
   template <class... Values>
   [[noreturn]] void Refuse(fmt::format_string<Values...> what, Values&&... values) const {
-    Fail(ExitStatus::Usage, "-f '{}': {}", text,
-         fmt::format(what, std::forward<Values>(values)...));
+    Fail(ExitStatus::Usage, "{}: {}", place, fmt::format(what, std::forward<Values>(values)...));
   }
 
   [[noreturn]] void RefuseName(std::string_view name) const {
@@ -178,7 +187,8 @@ class Resolver {
   }
 
   const FilterKind& kind;
-  std::string_view text;
+  const FilterText& written;
+  std::string_view place;  // of what is looked at
   std::vector<std::optional<double>> given;
   std::map<std::string, std::string, std::less<>> hostValues;
 };
@@ -209,39 +219,56 @@ std::string FilterCall::Text() const {
   return text;
 }
 
-FilterText SplitFilter(std::string_view text) {
-  WordReader reader(text);
+const Argument* FilterText::Find(std::string_view argument) const {
+  const auto found =
+      std::ranges::find_if(arguments, [&](const Argument& one) { return one.name == argument; });
+  return found == arguments.end() ? nullptr : &*found;
+}
+
+FilterText SplitFilter(std::string_view text, const Place& in) {
+  FilterText filter;
+  filter.folder = in.folder;
+  filter.place =
+      in.text.empty() ? fmt::format("-f '{}'", text) : fmt::format("{}: '{}'", in.text, text);
+  WordReader reader(text, filter.place);
   Argument word;
   if (!reader.Next(word) || word.name) {
-    Fail(ExitStatus::Usage, "-f '{}': a filter's name comes first, as in FIRNotch half_length=200",
-         text);
+    Fail(ExitStatus::Usage, "{}: a filter's name comes first, as in FIRNotch half_length=200",
+         filter.place);
   }
-  FilterText filter;
   filter.name = word.value;
   while (reader.Next(word)) {
+    word.place = in.text.empty() ? std::string() : filter.place;
     filter.arguments.push_back(word);
   }
   return filter;
 }
 
-FilterCall ParseFilter(std::string_view text) {
-  const FilterText split = SplitFilter(text);
-  const FilterKind* kind = FindFilter(split.name);
+FilterCall ResolveFilter(const FilterText& written) {
+  const FilterKind* kind = FindFilter(written.name);
   if (kind == nullptr) {
-    Fail(ExitStatus::Usage, "-f '{}': there is no filter '{}'{}", text, split.name,
-         Suggestion(split.name, FilterNames()));
+    Fail(ExitStatus::Usage, "{}: there is no filter '{}'{}", written.place, written.name,
+         Suggestion(written.name, FilterNames()));
   }
-  return ResolveFilter(*kind, split, text);
+  return ResolveFilter(*kind, written);
 }
 
-FilterCall ResolveFilter(const FilterKind& kind, const FilterText& split, std::string_view text) {
-  Resolver resolver(kind, text);
-  for (const Argument& argument : split.arguments) {
+FilterCall ResolveFilter(const FilterKind& kind, const FilterText& written) {
+  Resolver resolver(kind, written);
+  for (const Argument& argument : written.arguments) {
     resolver.Take(argument);
   }
   FilterCall call = resolver.Finish();
-  UnderstandHostArguments(call, text);
+  UnderstandHostArguments(call, written);
   return call;
+}
+
+FilterCall ParseFilter(std::string_view text, const Place& in) {
+  return ResolveFilter(SplitFilter(text, in));
+}
+
+std::string InFolder(const std::string& folder, const std::string& path) {
+  return path.empty() ? path : (std::filesystem::path(folder) / path).string();
 }
 
 }  // namespace wavechain

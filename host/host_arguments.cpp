@@ -62,13 +62,28 @@ std::optional<std::string> Given(const FilterCall& call, std::string_view name) 
   return found == call.hostValues.end() ? std::nullopt : std::optional(found->second);
 }
 
+// `about` is the argument that the message is about.
 template <class... Values>
-[[noreturn]] void Refuse(std::string_view text, fmt::format_string<Values...> what,
-                         Values&&... values) {
-  Fail(ExitStatus::Usage, "-f '{}': {}", text, fmt::format(what, std::forward<Values>(values)...));
+[[noreturn]] void Refuse(const FilterText& written, std::string_view about,
+                         fmt::format_string<Values...> what, Values&&... values) {
+  const Argument* argument = written.Find(about);
+  const bool known = argument != nullptr && !argument->place.empty();
+  Fail(ExitStatus::Usage, "{}: {}", known ? argument->place : written.place,
+       fmt::format(what, std::forward<Values>(values)...));
 }
 
-const ResamplerQuality& ReadQuality(const std::string& name, std::string_view text) {
+// Quotes where ReadPath would not find the name's end without them.
+std::string WrittenPath(const std::string& path) {
+  const bool plain = path.find('|') == std::string::npos && !path.starts_with('"') &&
+                     !path.starts_with('\'') && Trimmed(path) == path;
+  if (plain) {
+    return path;
+  }
+  const char quote = path.find('"') == std::string::npos ? '"' : '\'';
+  return quote + path + quote;
+}
+
+const ResamplerQuality& ReadQuality(const std::string& name, const FilterText& written) {
   if (const ResamplerQuality* quality = FindQuality(name)) {
     return *quality;
   }
@@ -76,79 +91,92 @@ const ResamplerQuality& ReadQuality(const std::string& name, std::string_view te
   for (const ResamplerQuality& quality : ResamplerQualities()) {
     names.push_back(quality.name);
   }
-  Refuse(text, "there is no quality '{}'{}", name, Suggestion(name, names));
+  Refuse(written, "quality", "there is no quality '{}'{}", name, Suggestion(name, names));
 }
 
-std::optional<Conversion> ReadConversion(const FilterCall& call, std::string_view text) {
+std::optional<Conversion> ReadConversion(const FilterCall& call, const FilterText& written) {
   const std::optional<std::string> rate = Given(call, "rate");
   const std::optional<std::string> quality = Given(call, "quality");
   if (!rate && !quality) {
     return std::nullopt;
   }
   Conversion conversion;
-  conversion.quality = &ReadQuality(quality.value_or(std::string(UsualQuality)), text);
+  conversion.quality = &ReadQuality(quality.value_or(std::string(UsualQuality)), written);
   if (rate) {
     conversion.rate = ParseNumber(*rate);
     if (!conversion.rate || *conversion.rate <= 0.0) {
-      Refuse(text, "rate takes a number of Hz above 0, not '{}'", *rate);
+      Refuse(written, "rate", "rate takes a number of Hz above 0, not '{}'", *rate);
     }
   }
   if (rate && call.handed > 0) {
-    Refuse(text, "rate settles all parameters; leave out {} or rate",
+    Refuse(written, "rate", "rate settles all parameters; leave out {} or rate",
            call.kind->parameters[static_cast<std::size_t>(call.handed) - 1].name);
   }
   if (call.handed > Factors) {
-    Refuse(text, "quality settles all parameters but down and up; leave out {} or quality",
+    Refuse(written, "quality",
+           "quality settles all parameters but down and up; leave out {} or quality",
            call.kind->parameters[static_cast<std::size_t>(call.handed) - 1].name);
   }
   if (!rate && call.handed == 0) {
-    Refuse(text, "quality goes with rate, or with down and up; add rate=HZ");
+    Refuse(written, "quality", "quality goes with rate, or with down and up; add rate=HZ");
   }
   return conversion;
 }
 
-std::optional<int> ReadChannel(const FilterCall& call, std::string_view text) {
+std::optional<int> ReadChannel(const FilterCall& call, const FilterText& written) {
   const std::optional<std::string> given = Given(call, "channel");
   if (!given) {
     return std::nullopt;
   }
   const std::optional<double> number = ParseNumber(*given);
   if (!number || *number < 1.0 || *number > 1e6 || *number != std::trunc(*number)) {
-    Refuse(text, "channel takes a whole number from 1, not '{}'", *given);
+    Refuse(written, "channel", "channel takes a whole number from 1, not '{}'", *given);
   }
   return static_cast<int>(*number);
 }
 
 }  // namespace
 
-SignalText ParseSignal(std::string_view text) {
+std::string SignalText::Text() const {
+  std::string text = WrittenPath(path);
+  for (const FilterCall& filter : filters) {
+    text += " | " + filter.Text();
+  }
+  return text;
+}
+
+SignalText ParseSignal(std::string_view text, const Place& in) {
   SignalText signal;
   std::size_t at = 0;
   signal.path = ReadPath(text, at);
   if (signal.path.empty() || signal.path == "-") {
     Fail(ExitStatus::Usage,
-         "with='{}': takes the name of a file, and filters behind it, as in with=\"noise.wav | "
+         "{}{}with='{}': takes the name of a file, and filters behind it, as in with=\"noise.wav | "
          "FIRFilter 20\"",
-         text);
+         in.text, in.text.empty() ? "" : ": ", text);
   }
+  signal.path = InFolder(in.folder, signal.path);
   while (at < text.size()) {
     const std::size_t next = FindBar(text, at + 1);
-    signal.filters.push_back(ParseFilter(Trimmed(text.substr(at + 1, next - at - 1))));
+    signal.filters.push_back(ParseFilter(Trimmed(text.substr(at + 1, next - at - 1)), in));
     at = next;
   }
   return signal;
 }
 
-void UnderstandHostArguments(FilterCall& call, std::string_view text) {
+void UnderstandHostArguments(FilterCall& call, const FilterText& written) {
   for (const HostArgument& own : call.kind->hostArguments) {
     if (own.required && !Given(call, own.name)) {
-      Refuse(text, "{} is missing ({}); add {}={}", own.name, own.help, own.name, own.value);
+      Refuse(written, {}, "{} is missing ({}); add {}={}", own.name, own.help, own.name, own.value);
     }
   }
-  call.conversion = ReadConversion(call, text);
+  call.conversion = ReadConversion(call, written);
   if (const std::optional<std::string> with = Given(call, "with")) {
-    SignalText second = ParseSignal(*with);
-    second.channel = ReadChannel(call, text);
+    SignalText second = ParseSignal(*with, {written.Find("with")->place, written.folder});
+    second.channel = ReadChannel(call, written);
+    if (!written.folder.empty()) {
+      call.hostValues["with"] = second.Text();
+    }
     call.second = std::make_shared<const SignalText>(std::move(second));
   }
 }

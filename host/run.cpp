@@ -32,18 +32,6 @@ struct Totals {
   std::int64_t nonFinite = 0;
 };
 
-std::vector<FilterCall> ParseFilters(const std::vector<std::string>& texts) {
-  if (texts.empty()) {
-    Fail(ExitStatus::Usage, "no filter is given; add -f \"FIRNotch half_length=200\" or its like");
-  }
-  std::vector<FilterCall> calls;
-  calls.reserve(texts.size());
-  for (const std::string& text : texts) {
-    calls.push_back(ParseFilter(text));
-  }
-  return calls;
-}
-
 // What feeds the chain: a recording, or silence in its place.
 class Input {
  public:
@@ -79,7 +67,7 @@ class Input {
   wavefilters::Ref<HostSource> source;
 };
 
-// No input may be replaced, nor any second signal.
+// No second signal may be replaced.
 void CheckTargets(const RunRequest& request, const std::vector<FilterCall>& calls) {
   for (const FilterCall& call : calls) {
     if (call.second) {
@@ -187,7 +175,7 @@ void CheckInput(const RunRequest& request) {
 void Run(const RunRequest& request) {
   const auto start = std::chrono::steady_clock::now();
   Log log(request.quiet, ::isatty(STDERR_FILENO) != 0);
-  const std::vector<FilterCall> calls = ParseFilters(request.filters);
+  const std::vector<FilterCall> calls = ReadChain(request.chain);
   // Who sends raw samples through a pipe expects the like of them.
   const bool rawThrough = request.type && request.output == "-" && !request.format;
   const OutputFormat format =
@@ -197,6 +185,11 @@ void Run(const RunRequest& request) {
   CheckTarget(request.output, request.force,
               request.input == "-" ? IdentityOf(STDIN_FILENO) : IdentityOf(request.input));
   CheckTargets(request, calls);
+  for (const ChainPart& part : request.chain) {
+    if (part.isFile) {
+      CheckTarget(request.output, request.force, IdentityOf(part.text));
+    }
+  }
 
   const Input input(request);
   ReportInput(input, log);

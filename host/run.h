@@ -5,13 +5,15 @@
 #include <string>
 #include <vector>
 
+#include "host/chain_options.h"
+
 namespace wavechain {
 
 /// What `wavechain run` was asked for.
 struct RunRequest {
   std::string input;   // a path, or "-"; empty where silence is the input
   std::string output;  // a path, or "-"
-  std::vector<std::string> filters;
+  std::vector<ChainPart> chain;
   std::optional<std::string> library;
   std::optional<int> channel;
   std::optional<std::string> format;

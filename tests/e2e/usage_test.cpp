@@ -154,8 +154,10 @@ TEST(WavechainUsage, CommandsAndOptionsThatDoNotExistAreNamed) {
                    "--channel left: takes a whole number from 1");
   ExpectUsageError({"run", "a", "b", "--channel", "0", "-f", "SineFilter"},
                    "--channel 0: takes a whole number from 1");
-  ExpectUsageError({"run", "a", "b"},
-                   "no filter is given; add -f \"FIRNotch half_length=200\" or its like");
+  ExpectUsageError(
+      {"run", "a", "b"},
+      "no filter is given; add -f \"FIRNotch half_length=200\" or its like, or --chain "
+      "FILE");
   ExpectUsageError({"info"}, "FILTER is required; see wavechain info --help");
   ExpectUsageError({"info", "FIRNotsch"}, "there is no filter 'FIRNotsch'; did you mean FIRNotch?");
 }

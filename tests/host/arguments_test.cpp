@@ -81,13 +81,13 @@ TEST(FilterCall, TheHostsOwnArgumentsStandBesideTheNumbers) {
                                       .parameters = Parameters,
                                       .hostArguments = Own};
   const std::string text = "Made data='two words' 3";
-  const FilterCall call = wavechain::ResolveFilter(kind, SplitFilter(text), text);
+  const FilterCall call = wavechain::ResolveFilter(kind, SplitFilter(text));
   EXPECT_THAT(call.values, ElementsAre(3.0));
   EXPECT_EQ(call.hostValues.at("data"), "two words");
   EXPECT_EQ(call.Text(), "Made column=3 data='two words'");
-  EXPECT_THROW(wavechain::ResolveFilter(kind, SplitFilter("Made data=a data=b"), ""),
+  EXPECT_THROW(wavechain::ResolveFilter(kind, SplitFilter("Made data=a data=b")),
                wavechain::Failure);
-  EXPECT_THROW(wavechain::ResolveFilter(kind, SplitFilter("Made dato=a"), ""), wavechain::Failure);
+  EXPECT_THROW(wavechain::ResolveFilter(kind, SplitFilter("Made dato=a")), wavechain::Failure);
 }
 
 }  // namespace
