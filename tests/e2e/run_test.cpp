@@ -104,7 +104,7 @@ TEST(WavechainRun, NotchDepthIsThatOfItsDesign) {
   for (const double frequency : {1000.0, 2500.0}) {
     std::complex<double> response = 0.0;
     for (std::size_t k = 0; k < design.size(); ++k) {
-      response += std::polar(design[k], -TwoPi * frequency * static_cast<double>(k) / Rate);
+      response += design[k] * std::polar(1.0, -TwoPi * frequency * static_cast<double>(k) / Rate);
     }
     EXPECT_NEAR(e2e::Level(middle, frequency, Rate), 0.4 * std::abs(response), 1e-5) << frequency;
   }

@@ -99,7 +99,7 @@ std::vector<float> Tone(double frequency, double amplitude, int rate, int count)
 double Level(const std::vector<float>& samples, double frequency, int rate) {
   std::complex<double> sum = 0.0;
   for (std::size_t i = 0; i < samples.size(); ++i) {
-    sum += std::polar<double>(samples[i], -TwoPi * frequency * static_cast<double>(i) / rate);
+    sum += double{samples[i]} * std::polar(1.0, -TwoPi * frequency * static_cast<double>(i) / rate);
   }
   return 2.0 * std::abs(sum) / static_cast<double>(samples.size());
 }
