@@ -8,10 +8,52 @@ namespace {
 
 constexpr int MaxRise = 512;
 constexpr int Tail = 1023;  // samples after the instant
-constexpr int Rows = MaxRise + 1 + Tail;
 
 int RiseLength(const GlotPulse& pulse) {
   return static_cast<int>(std::min<std::int64_t>(2 * pulse.period, std::min(pulse.at, MaxRise)));
+}
+
+// Samples after the instant: from and up to which the bandwidths widen, and up to which the
+// tract rings. As whole numbers, e > x and e <= x say where e stands to the floor of x.
+struct Ringing {
+  Ringing(std::int64_t period, int order) {
+    const auto length = static_cast<double>(period);
+    widensFrom = Within(std::floor(0.6 * length) + 1.0);
+    widensTo = Within(std::floor(0.8 * length) + 1.0);
+    rings = order >= 1 ? Within(std::ceil(1.5 * length)) : 0;
+  }
+  static int Within(double samples) { return static_cast<int>(std::min(samples, double{Tail})); }
+
+  int widensFrom;
+  int widensTo;
+  int rings;
+};
+
+// What each widening multiplies a[j] by: 0.9985^j, rounded to single precision as it is formed.
+struct WideningTable {
+  constexpr WideningTable() {
+    float power = 1.0F;
+    for (float& factor : factors) {
+      factor = power;
+      power = static_cast<float>(double{power} * 0.9985);
+    }
+  }
+  float factors[MaxTractOrder + 1] = {};
+};
+constexpr WideningTable Widening;
+
+// Four numbers at any address.
+using Four = float __attribute__((vector_size(16), aligned(4), may_alias));
+
+void AddToEach(float* samples, int count, float number) {
+  const Four numbers = {number, number, number, number};
+  int i = 0;
+  for (; i + 4 <= count; i += 4) {
+    *reinterpret_cast<Four*>(samples + i) += numbers;
+  }
+  for (; i < count; ++i) {
+    samples[i] += number;
+  }
 }
 
 // What a row of lanes is kept in: four in a register, which every machine of this architecture
@@ -19,17 +61,19 @@ int RiseLength(const GlotPulse& pulse) {
 // pulse alone needs no more than a float.
 template <int Lanes>
 struct Register {
-  using Type = float __attribute__((vector_size(16), may_alias));
+  using Number = float __attribute__((vector_size(16), may_alias));
+  using Mask = std::int32_t __attribute__((vector_size(16)));
 };
 template <>
 struct Register<1> {
-  using Type = float;
+  using Number = float;
+  using Mask = std::int32_t;
 };
 
 // Some pulses of one tract order side by side: a row is a sample, a lane a pulse, and row
 // MaxRise holds the instants. Lanes never mix, so each has the bits that it would have alone:
 // before its first sample a lane holds zeros, whose products with its coefficients, which
-// are finite, change no sum.
+// are finite, change no sum; what it computes behind its last one is never used.
 template <int Lanes>
 class PulseLanes {
  public:
@@ -48,31 +92,40 @@ class PulseLanes {
 
   void Shape(double interval_ms) {
     Rise(interval_ms);
+    Row latest{};
     for (int row = firstRow; row <= MaxRise; ++row) {
-      Row sum;
-      Predict(row, sum);
-      for (int i = 0; i < Count; ++i) w[row][i] = w[row][i] - sum[i];
+      const Row sum = Predict(row, latest);
+      for (int i = 0; i < Count; ++i) latest.part[i] = w[row].part[i] - sum.part[i];
+      w[row] = latest;
     }
     Ring();
   }
 
   void AddTo(float* out) const {
     for (int lane = 0; lane < used; ++lane) {
-      const float gain = pulses[lane].tract.Gain();
-      float* sample = out + (pulses[lane].at - rise[lane]);
-      for (int row = MaxRise - rise[lane]; row < Rows; ++row) {
+      const GlotPulse& pulse = pulses[lane];
+      const float gain = pulse.tract.Gain();
+      const int rings = Ringing(pulse.period, order).rings;
+      float* sample = out + (pulse.at - rise[lane]);
+      for (int row = MaxRise - rise[lane]; row <= MaxRise + rings; ++row) {
         *sample++ += gain * At(w[row], lane);
       }
+      AddToEach(sample, Tail - rings, gain * 0.0F);
     }
   }
 
  private:
-  using Number = typename Register<Lanes>::Type;
-  static constexpr int Count =
-      Lanes * static_cast<int>(sizeof(float)) / static_cast<int>(sizeof(Number));
-  using Row = Number[Count];
-  static float& At(Row& row, int lane) { return reinterpret_cast<float*>(row)[lane]; }
-  static float At(const Row& row, int lane) { return reinterpret_cast<const float*>(row)[lane]; }
+  using Number = typename Register<Lanes>::Number;
+  using Mask = typename Register<Lanes>::Mask;
+  static constexpr int Width = static_cast<int>(sizeof(Number) / sizeof(float));
+  static constexpr int Count = Lanes / Width;
+  struct Row {
+    Number part[Count];
+  };
+  static float& At(Row& row, int lane) { return reinterpret_cast<float*>(row.part)[lane]; }
+  static float At(const Row& row, int lane) {
+    return reinterpret_cast<const float*>(row.part)[lane];
+  }
   const GlotPulse& Lane(int lane) const { return pulses[lane < used ? lane : 0]; }
 
   // The resonance z^2 + a1 z + r2, backwards from the instant. Its three starting values are
@@ -97,7 +150,8 @@ class PulseLanes {
     }
     for (int row = MaxRise - 3; row >= firstRow; --row) {
       for (int i = 0; i < Count; ++i) {
-        w[row][i] = minusA1[i] * w[row + 1][i] + minusR2[i] * w[row + 2][i];
+        w[row].part[i] =
+            minusA1.part[i] * w[row + 1].part[i] + minusR2.part[i] * w[row + 2].part[i];
       }
     }
     for (int lane = 0; lane < Lanes; ++lane) {
@@ -109,55 +163,62 @@ class PulseLanes {
 
   // The tracts ring on without input.
   void Ring() {
-    bool widens[Lanes];
-    bool rings[Lanes];
-    for (int e = 0; e < Tail; ++e) {
-      bool anyWidens = false;
-      bool anyRings = false;
-      for (int lane = 0; lane < Lanes; ++lane) {
-        const auto period = static_cast<double>(Lane(lane).period);
-        widens[lane] = 0.6 * period < e && e <= 0.8 * period;
-        rings[lane] = e < 1.5 * period && order >= 1;
-        anyWidens = anyWidens || widens[lane];
-        anyRings = anyRings || rings[lane];
-      }
-      if (anyWidens) {
-        Widen(widens);
+    Row from;
+    Row to;
+    int first = Tail;
+    int last = 0;
+    int rings = 0;
+    for (int lane = 0; lane < Lanes; ++lane) {
+      const Ringing ringing(Lane(lane).period, order);
+      At(from, lane) = static_cast<float>(ringing.widensFrom);
+      At(to, lane) = static_cast<float>(ringing.widensTo);
+      first = std::min(first, ringing.widensFrom);
+      last = std::max(last, ringing.widensTo);
+      rings = std::max(rings, ringing.rings);
+    }
+    Row latest = w[MaxRise];
+    for (int e = 0; e < rings; ++e) {
+      if (e >= first && e < last) {
+        Widen(from, to, static_cast<float>(e));
       }
       const int row = MaxRise + 1 + e;
-      Row sum{};
-      if (anyRings) {
-        Predict(row, sum);
-      }
-      for (int i = 0; i < Count; ++i) w[row][i] = -sum[i];
-      for (int lane = 0; lane < Lanes; ++lane) {
-        if (!rings[lane]) At(w[row], lane) = 0.0F;
-      }
+      const Row sum = Predict(row, latest);
+      for (int i = 0; i < Count; ++i) latest.part[i] = -sum.part[i];
+      w[row] = latest;
     }
   }
 
-  // Multiplies a[j] by 0.9985^j, rounded as it is formed. A factor of 1 leaves a lane's bits.
-  void Widen(const bool (&widens)[Lanes]) {
-    float g = 1.0F;
+  // Widens the bandwidths in the lanes where `e` lies in [from, to). A factor of 1 leaves a
+  // lane's bits.
+  void Widen(const Row& from, const Row& to, float e) {
+    Mask widens[Count];
+    for (int i = 0; i < Count; ++i) widens[i] = (from.part[i] <= e) & (e < to.part[i]);
     for (int j = 1; j <= order; ++j) {
-      g = static_cast<float>(double{g} * 0.9985);
-      Row factor;
-      for (int lane = 0; lane < Lanes; ++lane) At(factor, lane) = widens[lane] ? g : 1.0F;
-      for (int i = 0; i < Count; ++i) a[j][i] = a[j][i] * factor[i];
+      const Number factor = Number{} + Widening.factors[j];
+      for (int i = 0; i < Count; ++i) {
+        a[j].part[i] = a[j].part[i] * (widens[i] ? factor : Number{} + 1.0F);
+      }
     }
   }
 
-  // The sum over j of a[j] * w[row - j], ascending, in single precision.
-  void Predict(int row, Row& sum) const {
+  // The sum over j of a[j] * w[row - j], ascending, in single precision. `latest` is row - 1,
+  // which all of the sum waits for: it comes from registers, not back from memory.
+  Row Predict(int row, const Row& latest) const {
     const int reach = std::min(order, row - firstRow);
     Row total{};
-    for (int j = 1; j <= reach; ++j) {
+    if (reach >= 1) {
       for (int i = 0; i < Count; ++i) {
-        const Number product = a[j][i] * w[row - j][i];
-        total[i] = total[i] + product;
+        const Number product = a[1].part[i] * latest.part[i];
+        total.part[i] = total.part[i] + product;
       }
     }
-    for (int i = 0; i < Count; ++i) sum[i] = total[i];
+    for (int j = 2; j <= reach; ++j) {
+      for (int i = 0; i < Count; ++i) {
+        const Number product = a[j].part[i] * w[row - j].part[i];
+        total.part[i] = total.part[i] + product;
+      }
+    }
+    return total;
   }
 
   const GlotPulse* pulses;
@@ -166,7 +227,7 @@ class PulseLanes {
   int firstRow = MaxRise;  // where the longest rise begins
   int rise[Lanes];
   Row a[MaxTractOrder + 1];
-  Row w[Rows];
+  Row w[MaxRise + 1 + Tail];
 };
 
 template <int Lanes>

@@ -11,17 +11,17 @@ void Tract::Set(const float* ratios, int count) {
   StepUp();
 }
 
-// In place: step i reads its own ratio in a[i], which the steps before have not touched.
+// Step i makes a[1] to a[i - 1] from themselves and their mirror images, and reads its own ratio
+// in a[i]. The images are laid out first, so that several coefficients are formed at once.
 void Tract::StepUp() {
   constexpr double Ln2 = 0.6931471805599453;
+  float mirrored[MaxTractOrder];
   for (int i = 1; i <= order; ++i) {
     const double e = std::exp(double{a[i]} * Ln2);
     const double k = (e - 1.0) / (e + 1.0);
-    for (int j = 1; j <= i / 2; ++j) {
-      const double p = a[j];
-      const double q = a[i - j];
-      a[i - j] = static_cast<float>(k * p + q);
-      a[j] = static_cast<float>(p + k * q);
+    std::reverse_copy(a + 1, a + i, mirrored);
+    for (int j = 1; j < i; ++j) {
+      a[j] = static_cast<float>(double{a[j]} + k * double{mirrored[j - 1]});
     }
     a[i] = static_cast<float>(k);
   }
