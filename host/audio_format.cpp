@@ -39,6 +39,7 @@ constexpr Container AllContainers[] = {
     {"s32", "", SF_FORMAT_RAW, NoLimit, "pcm32", ContainerKind::Raw},
     {"csv", "", 0, NoLimit, "", ContainerKind::Csv},
     {"npy", "", 0, NoLimit, "", ContainerKind::Npy},
+    {"ssff", "", 0, NoLimit, "", ContainerKind::Ssff},
 };
 
 template <class Entry>
@@ -56,6 +57,10 @@ bool Holds(const Container& container, const Encoding& encoding) {
   info.channels = 1;
   info.format = container.type | encoding.subtype;
   return ::sf_format_check(&info) != 0;
+}
+
+bool IsSound(const Container& container) {
+  return container.kind == ContainerKind::Audio || container.kind == ContainerKind::Raw;
 }
 
 std::string Extension(const std::string& path) {
@@ -105,6 +110,8 @@ int OutputFormat::Number() const {
   return container->type | encoding->subtype | order;
 }
 
+bool OutputFormat::IsSound() const { return wavechain::IsSound(*container); }
+
 std::string OutputFormat::Text() const {
   return encoding == nullptr ? std::string(container->name)
                              : fmt::format("{}, {}", container->name, encoding->name);
@@ -120,7 +127,7 @@ OutputFormat ChooseFormat(const std::string& path, const std::optional<std::stri
     Fail(ExitStatus::Usage, "--encoding {}: {} samples are {}; leave it out", *encoding,
          container.name, container.usualEncoding);
   }
-  if (container.kind == ContainerKind::Csv || container.kind == ContainerKind::Npy) {
+  if (!IsSound(container)) {
     if (encoding) {
       Fail(ExitStatus::Usage, "--encoding {}: a {} file has no choice of encodings; leave it out",
            *encoding, container.name);

@@ -18,7 +18,7 @@ struct Encoding {
 };
 
 /// Who writes a container: libsndfile (samples without a header, too), or the host itself.
-enum class ContainerKind { Audio, Raw, Csv, Npy };
+enum class ContainerKind { Audio, Raw, Csv, Npy, Ssff };
 
 /// A kind of file that holds a signal.
 struct Container {
@@ -38,6 +38,8 @@ struct OutputFormat {
 
   /// libsndfile's number for the two; for audio only.
   int Number() const;
+  /// Whether libsndfile writes it: it then has an encoding.
+  bool IsSound() const;
   std::string Text() const;
 };
 

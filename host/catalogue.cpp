@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "host/gaps_behind.h"
+
 namespace wavechain {
 namespace {
 
@@ -314,11 +316,13 @@ constexpr FilterKind Kinds[] = {
     {.name = "FIRFilter",
      .entryPoint = "FIRFilterI",
      .purpose = "smooths: a moving average weighted by a Hamming window",
-     .parameters = FIRFilterParameters},
+     .parameters = FIRFilterParameters,
+     .gapsBehind = SmoothedGaps},
     {.name = "FIRNotch",
      .entryPoint = "FIRNotchI",
      .purpose = "takes out a narrow band around one frequency",
-     .parameters = FIRNotchParameters},
+     .parameters = FIRNotchParameters,
+     .gapsBehind = SmoothedGaps},
     {.name = "ResampleBlackman",
      .entryPoint = "ResampleI",
      .purpose = "changes the sampling rate by the ratio up / down",
@@ -326,7 +330,8 @@ constexpr FilterKind Kinds[] = {
              "number rounded down, and all that it delivers is kept",
      .parameters = ResampleParameters,
      .hostArguments = ResampleArguments,
-     .deliveredLength = ResampledLength},
+     .deliveredLength = ResampledLength,
+     .gapsBehind = ResampledGaps},
     {.name = "SumSources",
      .entryPoint = "SumSourcesI",
      .purpose = "mixes two signals with a weight each",
@@ -348,7 +353,8 @@ constexpr FilterKind Kinds[] = {
     {.name = "SquareFilter",
      .entryPoint = "SquareGenI",
      .purpose = "replaces the signal by a square wave",
-     .parameters = SquareParameters},
+     .parameters = SquareParameters,
+     .gapsBehind = ReplacedGaps},
 };
 
 }  // namespace

@@ -7,6 +7,8 @@
 #include <span>
 #include <string_view>
 
+#include "host/gaps.h"
+
 namespace wavechain {
 
 /// A word that may stand for a parameter's value.
@@ -99,6 +101,8 @@ struct FilterKind {
   /// what it announces holds. Null for the other filters.
   std::optional<std::int64_t> (*deliveredLength)(std::span<const double> values,
                                                  std::int64_t fed) = nullptr;
+  /// What becomes of a track's gaps; null where they stay as they are.
+  std::optional<Gaps> (*gapsBehind)(std::span<const double> values, const Gaps& before) = nullptr;
   /// By design its EndOfSrc never becomes true: the host stops at the announced length.
   bool neverEnds = false;
 };

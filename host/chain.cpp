@@ -166,6 +166,7 @@ void Chain::AppendFilter(const FilterCall& call, const std::string& label) {
     tail.settings.sources = {&feed, second};
   }
   SettleEnd(call, fed);
+  SettleGaps(call);
 }
 
 // Null for filters of one source.
@@ -212,6 +213,19 @@ void Chain::SettleEnd(const FilterCall& call, const SignalInfo& fed) {
                            NumberText(tail.delivered.fullScale)));
     tail.delivered.units = scale.unit;
     tail.delivered.fullScale = scale.fullScale;
+  }
+}
+
+void Chain::SettleGaps(const FilterCall& call) {
+  if (call.second) {
+    const std::optional<Gaps>& other = seconds.back()->Missing();
+    gaps = gaps && other ? gaps->United(*other) : gaps ? gaps : other;
+  } else if (!call.kind->dataFiles.empty()) {
+    if (std::optional<Gaps> own = data.back()->Missing()) {
+      gaps = std::move(own);
+    }
+  } else if (gaps && call.kind->gapsBehind != nullptr) {
+    gaps = call.kind->gapsBehind(call.values, *gaps);
   }
 }
 

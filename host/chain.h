@@ -2,6 +2,7 @@
 #define WAVEFILTERS_HOST_CHAIN_H
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -43,6 +44,9 @@ class Chain {
 
   /// What the chain delivers, as its last filter announces it.
   const SignalInfo& Output() const { return bridges.back()->Info(); }
+  /// Which samples of it have no data behind them, where it comes from a track; a signal that
+  /// does not has no such thing.
+  const std::optional<Gaps>& Missing() const { return gaps; }
   /// Pulls up to `count` samples and returns how many came: fewer only at the end. Fails
   /// (input) as RequireFlow does.
   int Pull(float* samples, int count);
@@ -71,11 +75,13 @@ class Chain {
   BridgeSource* OpenSecond(const FilterCall& call, const std::string& label);
   BridgeSource& Bridge();
   void SettleEnd(const FilterCall& call, const SignalInfo& fed);
+  void SettleGaps(const FilterCall& call);
 
   const FilterLibrary& library;
   Log& log;
   ChainSettings settings;
   Tail tail;
+  std::optional<Gaps> gaps;
   // These go after the filters that read them.
   std::vector<std::unique_ptr<FilterData>> data;
   std::vector<std::unique_ptr<SecondSignal>> seconds;

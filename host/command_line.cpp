@@ -95,7 +95,7 @@ void AddRun(CLI::App& app, RunRequest& request) {
   CLI::Option* out = run->add_option(
       "OUT", request.output,
       "file to write, its format from the extension (WAV without one); - is standard "
-      "output, which gets the whole file at the end. .csv and .npy hold the numbers");
+      "output, which gets the whole file at the end. .csv, .npy and .ssff hold the numbers");
   out->type_name("");
   AddChainOptions(*run, request.chain);
   run->add_option_function<std::string>(
@@ -122,6 +122,9 @@ void AddRun(CLI::App& app, RunRequest& request) {
   run->add_flag("--library-tail", request.libraryTail,
                 "leave the last 1024 samples as the library does, which renders nothing that "
                 "begins in them");
+  run->add_flag("--no-validity", request.noValidity,
+                "leave out the column of .csv and .ssff files that tells which samples of a track "
+                "have data behind them");
   run->add_flag("--force", request.force, "replace OUT where it exists");
   run->add_flag("--allow-truncated", request.allowTruncated,
                 "take what is there of a recording that was cut short");

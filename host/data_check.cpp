@@ -164,12 +164,11 @@ std::optional<std::string> WhyUnreadable(const std::string& path) {
   return std::nullopt;
 }
 
-PelletReport CheckPellets(const std::string& path, int numbers) {
-  PelletReport report;
+std::optional<DataFault> ReadRecords(const std::string& path, int numbers,
+                                     const std::function<bool(const std::vector<double>&)>& next) {
   Lines lines(path);
   const auto wanted = static_cast<std::size_t>(numbers);
   std::vector<double> record;
-  RunawayCheck check(wanted);
   while (lines.Next()) {
     record.clear();
     double value = 0.0;
@@ -177,13 +176,23 @@ PelletReport CheckPellets(const std::string& path, int numbers) {
       record.push_back(value);
     }
     if (record.size() < wanted) {
-      report.fault =
-          lines.Fault(fmt::format("{} numbers", numbers), static_cast<int>(record.size()));
+      return lines.Fault(fmt::format("{} numbers", numbers), static_cast<int>(record.size()));
+    }
+    if (!next(record)) {
       break;
     }
+  }
+  return std::nullopt;
+}
+
+PelletReport CheckPellets(const std::string& path, int numbers) {
+  PelletReport report;
+  RunawayCheck check(static_cast<std::size_t>(numbers));
+  report.fault = ReadRecords(path, numbers, [&](const std::vector<double>& record) {
     check.Add(record);
     ++report.records;
-  }
+    return true;
+  });
   if (report.records == 0 && !report.fault) {
     report.fault = DataFault{1, "all its lines are blank"};
   }

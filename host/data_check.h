@@ -2,8 +2,10 @@
 #define WAVEFILTERS_HOST_DATA_CHECK_H
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace wavechain {
 
@@ -29,6 +31,11 @@ struct PelletReport {
   /// away. Such a file gives nonsense.
   bool looksLikePositions = false;
 };
+
+/// Hands on the records of a pellet file, of so many numbers each, up to the first line that has
+/// fewer, or until `next` returns false. Returns what is wrong with that line.
+std::optional<DataFault> ReadRecords(const std::string& path, int numbers,
+                                     const std::function<bool(const std::vector<double>&)>& next);
 
 /// `numbers`: how many each line must have for the filter that will read them.
 PelletReport CheckPellets(const std::string& path, int numbers);

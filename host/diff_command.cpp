@@ -8,7 +8,7 @@ void DiffCommand::AddTo(CLI::App& app) {
   CLI::App* diff = app.add_subcommand("diff", "Compare two recordings or tracks");
   // A command line that cannot be understood is trouble, too.
   diff->preparse_callback([this](std::size_t) { asked = true; });
-  diff->add_option("A", request.a, "recording, .npy or .csv file; - is standard input")
+  diff->add_option("A", request.a, "recording, .npy, .ssff or .csv file; - is standard input")
       ->required()
       ->type_name("");
   diff->add_option("B", request.b, "what to compare it with, of any of these formats")

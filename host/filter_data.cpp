@@ -8,6 +8,7 @@
 #include "host/data_check.h"
 #include "host/data_report.h"
 #include "host/failure.h"
+#include "host/pellet_gaps.h"
 
 namespace wavechain {
 namespace {
@@ -21,7 +22,7 @@ bool IsExtension(const DataFile& file) { return file.name.starts_with('.'); }
 
 FilterData::FilterData(const FilterCall& filterCall, std::string label, const SignalInfo& fed,
                        const DataOptions& dataOptions, Log& log)
-    : call(filterCall), who(std::move(label)), options(dataOptions) {
+    : call(filterCall), who(std::move(label)), options(dataOptions), signal(fed) {
   for (const DataFile& file : call.kind->dataFiles) {
     Prepare(file, fed, log);
   }
@@ -36,6 +37,22 @@ BridgeSettings FilterData::Feed() const {
   return settings;
 }
 
+std::optional<Gaps> FilterData::Missing() const {
+  if (call.kind->outputScale == nullptr) {
+    return std::nullopt;
+  }
+  Gaps gaps;
+  if (!call.kind->trackDriven) {
+    return gaps;  // a recorded track is as long as its data
+  }
+  if (silenced) {
+    gaps.Add({0, signal.length});
+    return gaps;
+  }
+  return PelletGaps(pellets, call, palatePoints, signal.interval_ms, signal.length,
+                    signal.length + Feed().silence);
+}
+
 void FilterData::Prepare(const DataFile& file, const SignalInfo& fed, Log& log) {
   const std::string path = Path(file);
   if (const auto why = WhyUnreadable(path)) {
@@ -47,6 +64,11 @@ void FilterData::Prepare(const DataFile& file, const SignalInfo& fed, Log& log) 
     return;
   }
   GiveName(file, path);
+  if (file.kind == DataKind::Pellets) {
+    pellets = path;
+  } else if (file.kind == DataKind::Palate) {
+    palatePoints = CheckPalate(path).searched;
+  }
 }
 
 std::string FilterData::Path(const DataFile& file) const {
@@ -86,6 +108,7 @@ void FilterData::DoWithout(const DataFile& file, const std::string& path, const 
     log.Warn(fmt::format("warning: {}: {}: {}; the measure does without it", who, path, why));
     return;
   }
+  silenced = true;
   log.Warn(fmt::format("warning: {}: {}: {}; the filter adds nothing", who, path, why));
 }
 

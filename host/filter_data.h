@@ -5,6 +5,7 @@
 
 #include "host/bridge_source.h"
 #include "host/filter_arguments.h"
+#include "host/gaps.h"
 #include "host/log.h"
 #include "host/signal_folder.h"
 
@@ -31,6 +32,9 @@ class FilterData {
   /// What the filter's feed is to do: bear the name under which the files are found, and go
   /// on in silence, because the filter renders nothing that begins in the last samples.
   BridgeSettings Feed() const;
+  /// Which samples of the filter's output have no data behind them, for filters that render a
+  /// track; nothing for the others.
+  std::optional<Gaps> Missing() const;
 
  private:
   void Prepare(const DataFile& file, const SignalInfo& fed, Log& log);
@@ -42,6 +46,10 @@ class FilterData {
   const FilterCall& call;
   std::string who;  // "filter 2 (BeamPel)"
   const DataOptions& options;
+  SignalInfo signal;              // that the filter is fed
+  std::string pellets;            // their file
+  std::int64_t palatePoints = 0;  // that are searched
+  bool silenced = false;          // without its data the filter renders nothing
   SignalFolder folder;
 };
 

@@ -132,6 +132,14 @@ void ReportChain(const std::vector<FilterCall>& calls, Log& log) {
   }
 }
 
+// Where an output has no place for it, the report alone tells missing data from zeros.
+void ReportMissing(const Chain& chain, std::int64_t samples, Log& log) {
+  if (const std::int64_t missing = chain.Missing() ? chain.Missing()->Samples(samples) : 0) {
+    log.Report(fmt::format("gaps   {} of {} have no data behind them and are no measurement",
+                           missing, Counted(samples, "sample")));
+  }
+}
+
 // What a reader of the file has to know and no field of it says.
 std::string Comment(const std::vector<FilterCall>& calls, const SignalInfo& signal) {
   std::string comment;
@@ -200,6 +208,7 @@ void Run(const RunRequest& request) {
               {.data = data, .allowTruncated = request.allowTruncated}, log);
   const auto output = OpenOutput(request.output, request.force);
   const auto writer = MakeWriter(output->Descriptor(), output->Name(), format, chain.Output(),
+                                 request.noValidity ? std::nullopt : chain.Missing(),
                                  Comment(calls, chain.Output()));
 
   // The library draws noise from the process's generator: so every run repeats.
@@ -210,6 +219,7 @@ void Run(const RunRequest& request) {
   WarnOfOddSamples(input.Name(), input.NonFinite(), log);
   chain.WarnOfInputs();
   WarnOfOutput(output->Name(), totals, *writer, log);
+  ReportMissing(chain, totals.samples, log);
   output->Commit();
 
   log.Report(fmt::format("write  {}: {}, {} Hz, {}", output->Name(), format.Text(),

@@ -23,6 +23,7 @@ struct RunRequest {
   bool allowTruncated = false;
   bool allowMissing = false;
   bool libraryTail = false;
+  bool noValidity = false;
   std::optional<double> silence_s;  // with `rate`, in place of a recording
   std::optional<double> rate;       // Hz; of the silence, or of raw samples
   std::optional<std::string> type;  // of raw samples, where the recording has no header

@@ -3,6 +3,7 @@
 #include <fstream>
 
 #include "host/sound_input.h"
+#include "host/ssff_reader.h"
 #include "host/table_reader.h"
 
 namespace wavechain {
@@ -39,6 +40,9 @@ std::unique_ptr<SampleReader> OpenSamples(const std::string& path, bool allowTru
   }
   if (path != "-" && BeginsWith(path, CsvMagic)) {
     return std::make_unique<CsvReader>(path);
+  }
+  if (path != "-" && BeginsWith(path, SsffMagic)) {
+    return std::make_unique<SsffReader>(path);
   }
   return std::make_unique<SoundSamples>(path, allowTruncated);
 }

@@ -17,6 +17,8 @@ class SecondSignal {
 
   /// What the filter is to be fed.
   BridgeSource& End() { return chain.End(); }
+  /// As Chain::Missing.
+  const std::optional<Gaps>& Missing() const { return chain.Missing(); }
   /// The recording's name, for messages.
   const std::string& Name() const { return input.Name(); }
   /// Fails (input) where the recording gave out early or a filter stalls.

@@ -3,9 +3,11 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "host/audio_format.h"
+#include "host/gaps.h"
 #include "host/signal_descriptor.h"
 
 namespace wavechain {
@@ -29,9 +31,11 @@ class SignalWriter {
 };
 
 /// Starts a file of the format on an open descriptor, which stays the caller's. `name` is for
-/// messages, `comment` goes into the file where the format has a place for it.
+/// messages; `comment`, and which samples have no data behind them, go into the file where the
+/// format has a place for them.
 std::unique_ptr<SignalWriter> MakeWriter(int descriptor, const std::string& name,
                                          const OutputFormat& format, const SignalInfo& signal,
+                                         const std::optional<Gaps>& gaps,
                                          const std::string& comment);
 
 }  // namespace wavechain

@@ -53,7 +53,7 @@ class Measures(Folder):
         arguments = f" a={a} b={b}" if a else ""
         report = self.run_chain(SAMPLES / "take3.wav", out, "-f", f"BeamData mode={mode}{arguments}")
         self.assertIn(f"{unit}, full scale", report)
-        self.assertEqual(out.read_text().splitlines()[0], f"time_s,value_{unit}")
+        self.assertEqual(out.read_text().splitlines()[0], f"time_s,value_{unit},valid")
         values = pellet_modes.rendered(mode, sums_of(SAMPLES / "take3.xyd"), contour(), a, b)
         wanted = pellet_modes.held(values, INTERVAL_MS, SAMPLE_COUNT)
         self.assertIsNone(pellet_modes.compare(wanted, pellet_modes.read_output(out)))
