@@ -9,8 +9,8 @@
 namespace support {
 namespace {
 
-// A quiet not-a-number with a payload that no arithmetic yields.
-constexpr std::uint32_t Canary = 0x7FC0CAFEU;
+// A signalling not-a-number: a quiet one would come through additions and products unchanged.
+constexpr std::uint32_t Canary = 0x7F80CAFEU;
 
 std::string Shown(const Samples& samples, std::size_t index) {
   if (index >= samples.size()) {
