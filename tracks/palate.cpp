@@ -2,11 +2,33 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "frame/lifetime.h"
 #include "numstream/num_stream.h"
 
 namespace wavefilters {
+namespace {
+
+// The smallest of the numbers, infinity where there is none; what is not a number is passed
+// over. Eight candidates are kept so that the comparisons do not wait for one another.
+double Smallest(const double* numbers, std::int32_t count) {
+  constexpr std::int32_t Lanes = 8;
+  double least[Lanes];
+  std::fill_n(least, Lanes, std::numeric_limits<double>::infinity());
+  std::int32_t i = 0;
+  for (; i + Lanes <= count; i += Lanes) {
+    for (std::int32_t lane = 0; lane < Lanes; ++lane) {
+      least[lane] = numbers[i + lane] < least[lane] ? numbers[i + lane] : least[lane];
+    }
+  }
+  for (; i < count; ++i) {
+    least[0] = numbers[i] < least[0] ? numbers[i] : least[0];
+  }
+  return *std::min_element(least, least + Lanes);
+}
+
+}  // namespace
 
 std::string Palate::FileFor(const std::string& signalPath) {
   const auto slash = signalPath.rfind('\\');
@@ -32,17 +54,28 @@ bool Palate::Load(const std::string& file) {
 Palate::Nearest Palate::NearestTo(double x, double y) const {
   constexpr std::int32_t SearchLimit = 2048;
   const std::int32_t searched = std::min(count - 1, SearchLimit);
-  Nearest nearest;
+  double squares[SearchLimit];
   for (std::int32_t i = 0; i < searched; ++i) {
     const double dx = xs[i] - x;
     const double dy = ys[i] - y;
-    // Roots are compared, not squares: two squares may differ and yet have the same root.
-    const double distance = std::sqrt(dx * dx + dy * dy);
-    if (distance < nearest.distance) {
-      nearest = {distance, i};
-    }
+    squares[i] = dx * dx + dy * dy;
   }
-  return nearest;
+  // Roots keep the order of squares, so that one root is enough to know the distance.
+  const double smallest = Smallest(squares, searched);
+  const double distance = std::sqrt(smallest);
+  Nearest nearest;
+  if (!(distance < nearest.distance)) {
+    return nearest;
+  }
+  // But not their differences: the first point at this distance may have a square that is larger
+  // by a few units in the last place. The bound lies above all of these.
+  const double bound = smallest * (1.0 + 8.0 * std::numeric_limits<double>::epsilon()) +
+                       std::numeric_limits<double>::min();
+  std::int32_t first = 0;
+  while (!(squares[first] <= bound && std::sqrt(squares[first]) == distance)) {
+    ++first;
+  }
+  return {distance, first};
 }
 
 }  // namespace wavefilters
