@@ -147,7 +147,7 @@ constexpr HostArgument ResampleArguments[] = {
     {"rate", "HZ",
      "the rate to reach: up, down and the kernel follow from the rate that comes in, in several "
      "stages where one kernel is too short; settles all parameters",
-     HostValue::Number},
+     HostValue::Number, false, true},
     {"quality", "fast|good|best",
      "the kernel for rate, or for up and down: fast is flat to 0.8 of the lower Nyquist frequency "
      "and clean from 1.2 on, good is clean from 1.0 on by 80 dB, best by 100 dB and flat to 0.85; "

@@ -49,6 +49,8 @@ struct HostArgument {
   std::string_view help;
   HostValue holds = HostValue::Word;
   bool required = false;
+  /// Takes the place of all parameters.
+  bool settlesParameters = false;
 };
 
 /// What the lines or bytes of a data file are.

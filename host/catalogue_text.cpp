@@ -32,14 +32,6 @@ std::string LimitsText(const Parameter& parameter) {
   return high ? fmt::format("{} or less", NumberText(parameter.maximum)) : "any value";
 }
 
-std::string NamesText(const Parameter& parameter) {
-  std::string text;
-  for (const NamedValue& named : parameter.names) {
-    text += fmt::format("{}{}={}", text.empty() ? "" : ", ", NumberText(named.value), named.name);
-  }
-  return text;
-}
-
 Json Limit(double value) { return std::isfinite(value) ? Json(value) : Json(nullptr); }
 
 Json ParameterJson(const Parameter& parameter) {
@@ -74,6 +66,14 @@ std::vector<std::string_view> FilterNames() {
 std::string RangeText(const Parameter& parameter) {
   return fmt::format("{}{}{}, {}", parameter.unit, parameter.unit.empty() ? "" : ", ",
                      parameter.whole ? "whole" : "real", LimitsText(parameter));
+}
+
+std::string NamesText(const Parameter& parameter) {
+  std::string text;
+  for (const NamedValue& named : parameter.names) {
+    text += fmt::format("{}{}={}", text.empty() ? "" : ", ", NumberText(named.value), named.name);
+  }
+  return text;
 }
 
 std::string DefaultText(const Parameter& parameter) {

@@ -18,6 +18,9 @@ std::vector<std::string_view> FilterNames();
 /// Unit, whole or real, and range: "samples, whole, 1 to 2048".
 std::string RangeText(const Parameter& parameter);
 
+/// The words that may stand for values: "0=none, 1=bend"; empty where there are none.
+std::string NamesText(const Parameter& parameter);
+
 /// The default as text: a number, a rule, or "none".
 std::string DefaultText(const Parameter& parameter);
 

@@ -19,6 +19,7 @@
 #include "host/print.h"
 #include "host/raw_format.h"
 #include "host/run.h"
+#include "host/skeleton.h"
 #include "host/text.h"
 
 namespace wavechain {
@@ -219,6 +220,7 @@ int CommandLine(int argc, const char* const* argv) {
   RunRequest run;
   InfoRequest info;
   DiffCommand diff;
+  SkeletonCommand skeleton;
   try {
     CLI::App app("Runs chains of signal filters over recordings.", "wavechain");
     app.set_version_flag("--version", "wavechain " WAVECHAIN_VERSION);
@@ -227,6 +229,7 @@ int CommandLine(int argc, const char* const* argv) {
     AddRun(app, run);
     AddInfo(app, info);
     diff.AddTo(app);
+    skeleton.AddTo(app);
     app.footer(
         "wavechain COMMAND --help tells more about a command; run's lists all filters.\n"
         "Exit status: 0 done, 1 wrong usage or chain, 2 input could not be processed,\n"
