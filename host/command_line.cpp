@@ -16,6 +16,7 @@
 #include "host/file.h"
 #include "host/filter_library.h"
 #include "host/interrupt.h"
+#include "host/plot_command.h"
 #include "host/print.h"
 #include "host/raw_format.h"
 #include "host/run.h"
@@ -189,7 +190,7 @@ void RequireKnownCommand(const CLI::App& app, int argc, const char* const* argv)
            Suggestion(name, {names.begin(), names.end()}));
     }
   }
-  const bool mayBeParameter = asked.get_name() == "run";
+  const bool mayBeParameter = asked.get_name() == "run" || asked.get_name() == "plot";
   Fail(ExitStatus::Usage, "'{}' is one word too many{}", extras.empty() ? "" : extras.front(),
        mayBeParameter ? "; a filter and its parameters stand in quotes, as in -f \"FIRNotch "
                         "half_length=200\""
@@ -221,6 +222,7 @@ int CommandLine(int argc, const char* const* argv) {
   InfoRequest info;
   DiffCommand diff;
   SkeletonCommand skeleton;
+  PlotRequest plot;
   try {
     CLI::App app("Runs chains of signal filters over recordings.", "wavechain");
     app.set_version_flag("--version", "wavechain " WAVECHAIN_VERSION);
@@ -230,6 +232,7 @@ int CommandLine(int argc, const char* const* argv) {
     AddInfo(app, info);
     diff.AddTo(app);
     skeleton.AddTo(app);
+    AddPlot(app, plot);
     app.footer(
         "wavechain COMMAND --help tells more about a command; run's lists all filters.\n"
         "Exit status: 0 done, 1 wrong usage or chain, 2 input could not be processed,\n"

@@ -1,0 +1,275 @@
+"""wavechain plot: tones, gaps and levels found at their pixels, and the formats of pictures."""
+
+import json
+import os
+import re
+import struct
+import unittest
+import xml.etree.ElementTree
+
+import numpy as np
+from pictures import BLUE, GAP, Panel, brightness, read_png
+from wavechain_runs import SAMPLES, Folder, wavechain
+
+RATE = 16000
+
+
+class Plots(Folder):
+    def write_wav(self, samples, name="in.wav", rate=RATE):
+        """A recording of 32-bit floats."""
+        data = np.asarray(samples, "<f4").tobytes()
+        form = struct.pack("<HHIIHH", 3, 1, rate, 4 * rate, 4, 32)
+        body = b"WAVEfmt " + struct.pack("<I", len(form)) + form + b"data" + struct.pack("<I", len(data)) + data
+        path = self.folder / name
+        path.write_bytes(b"RIFF" + struct.pack("<I", len(body)) + body)
+        return path
+
+    def plot(self, *arguments, status=0):
+        """Runs `wavechain plot`; returns what it printed and what it said."""
+        done = wavechain("plot", *arguments, env={**os.environ, "TMPDIR": str(self.temporary)})
+        message = done.stderr.decode()
+        self.assertEqual(done.returncode, status, message)
+        self.assertEqual(list(self.temporary.iterdir()), [], "temporary files are left")
+        if status != 0:
+            self.assertEqual(len(message.splitlines()), 1, message)
+            self.assertRegex(message, r"^wavechain: ")
+        return done.stdout.decode(), message
+
+    def panels(self, *arguments):
+        """Draws a PNG and returns its panels by name and kind."""
+        out = self.folder / "out.png"
+        described, _ = self.plot(*arguments, out, "--layout", "--force")
+        described = json.loads(described)
+        pixels = read_png(out.read_bytes())
+        self.assertEqual(pixels.shape, (described["height"], described["width"]))
+        return {(entry["name"], entry["kind"]): Panel(pixels, entry) for entry in described["panels"]}
+
+
+def tone(frequency, seconds, amplitude=0.5, rate=RATE):
+    return amplitude * np.sin(2 * np.pi * frequency * np.arange(round(seconds * rate)) / rate)
+
+
+class Sounds(Plots):
+    def test_a_tone_lies_at_the_row_of_its_frequency(self):
+        for frequency in (500, 3000, 7000):
+            with self.subTest(frequency):
+                panel = self.panels(self.write_wav(tone(frequency, 1)))["recording", "spectrogram"]
+                self.assertEqual(panel.entry["y_axis"]["unit"], "kHz")
+                middle = brightness(panel.pixels)[:, panel.box["width"] // 2]
+                brightest = np.flatnonzero(middle == middle.max()).mean()
+                self.assertAlmostEqual(brightest, panel.row(frequency / 1000), delta=2)
+
+    def test_a_tone_begins_and_ends_at_its_columns(self):
+        samples = np.concatenate([np.zeros(6400), tone(2000, 0.3), np.zeros(4800)])
+        panel = self.panels(self.write_wav(samples), "--window", "4")["recording", "spectrogram"]
+        row = brightness(panel.pixels)[round(panel.row(2.0))]
+        lit = np.flatnonzero(row > 0.9 * row.max())
+        self.assertAlmostEqual(lit[0], panel.column(0.4), delta=3)
+        self.assertAlmostEqual(lit[-1], panel.column(0.7), delta=3)
+
+    def test_levels_are_those_of_the_colour_scale(self):
+        # -6 dB is the brightest level's 5 dB above, 46 dB of 70 below it.
+        panel = self.panels(self.write_wav(np.concatenate([tone(2000, 0.5), tone(2000, 0.5, 0.005)])))[
+            "recording", "spectrogram"
+        ]
+        self.assertEqual((panel.entry["colours"]["low"], panel.entry["colours"]["high"]), (-75, -5))
+        strip = panel.pixels[round(panel.row(2.0)) - 2 : round(panel.row(2.0)) + 3]
+        # Entries of viridis, as its authors publish it: (-6.02 + 75) / 70 and (-46.02 + 75) / 70.
+        loud, soft = (strip[:, round(panel.column(t))] for t in (0.25, 0.75))
+        self.assertIn(0xF4E61E, loud)
+        self.assertIn(0x287C8E, soft)
+
+    def test_the_waveform_reaches_its_amplitude(self):
+        panel = self.panels(self.write_wav(tone(100, 1, 0.25)))["recording", "waveform"]
+        rows = panel.rows_of(BLUE)
+        self.assertAlmostEqual(rows[0], panel.row(0.25), delta=1.5)
+        self.assertAlmostEqual(rows[-1], panel.row(-0.25), delta=1.5)
+
+    def test_samples_that_are_no_numbers_are_a_gap(self):
+        samples = tone(100, 1)
+        samples[8000:9600] = np.nan
+        panels = self.panels(self.write_wav(samples))
+        panel = panels["recording", "waveform"]
+        self.assertEqual(panel.entry["gaps"], [[0.5, 0.6]])
+        grey = panel.columns_of(GAP)
+        self.assertAlmostEqual(grey[0], panel.column(0.5), delta=1.5)
+        self.assertAlmostEqual(grey[-1], panel.column(0.6), delta=1.5)
+        inside = slice(grey[0] + 2, grey[-1] - 1)
+        self.assertFalse((panel.pixels[:, inside] == BLUE).any())
+        picture = panels["recording", "spectrogram"]
+        self.assertTrue((picture.pixels[:, inside] == GAP).all())
+
+    def test_the_chain_takes_a_tone_out(self):
+        panels = self.panels(
+            self.write_wav(tone(2500, 1) + tone(5000, 1, 0.1)), "-f", "FIRNotch half_length=200 frequency=2500"
+        )
+        before, after = panels["before", "spectrogram"], panels["after", "spectrogram"]
+        row, other = round(before.row(2.5)), round(before.row(5.0))
+        column = before.box["width"] // 2
+        self.assertGreater(brightness(before.pixels)[row, column], 180)
+        self.assertLess(brightness(after.pixels)[row, column], 60)
+        self.assertAlmostEqual(
+            brightness(before.pixels)[other, column], brightness(after.pixels)[other, column], delta=4
+        )
+        title = panels["after", "waveform"].entry["title"]
+        self.assertEqual(title, "After: FIRNotch half_length=200 frequency=2500, 16000 Hz")
+
+    def test_a_lower_rate_leaves_the_upper_half_blank(self):
+        panels = self.panels(self.write_wav(tone(1000, 1)), "-f", "ResampleBlackman rate=8000")
+        after = panels["after", "spectrogram"]
+        self.assertEqual(after.entry["y_axis"]["high"], 8.0)
+        grey = (after.pixels == GAP).all(axis=1)
+        border = round(after.row(4.0) + 0.5)
+        self.assertTrue(grey[:border].all())
+        self.assertFalse(grey[border:].any())
+
+    def test_from_and_to_choose_a_stretch(self):
+        samples = np.concatenate([tone(1000, 0.5), tone(4000, 0.5)])
+        panel = self.panels(self.write_wav(samples), "--from", 0.25, "--to", 0.75)["recording", "spectrogram"]
+        self.assertEqual((panel.entry["x_axis"]["low"], panel.entry["x_axis"]["high"]), (0.25, 0.75))
+        bright = brightness(panel.pixels)
+        width = panel.box["width"]
+        for column, kilohertz in ((2, 1.0), (width // 4, 1.0), (3 * width // 4, 4.0), (width - 3, 4.0)):
+            self.assertAlmostEqual(int(bright[:, column].argmax()), panel.row(kilohertz), delta=2)
+
+    def test_max_frequency_ends_the_spectrogram(self):
+        panel = self.panels(self.write_wav(tone(900, 1)), "--max-frequency", 1000)["recording", "spectrogram"]
+        self.assertEqual(panel.entry["y_axis"]["unit"], "Hz")
+        middle = brightness(panel.pixels)[:, panel.box["width"] // 2]
+        self.assertAlmostEqual(np.flatnonzero(middle == middle.max()).mean(), panel.row(900), delta=2)
+
+    def test_silence_with_events_needs_no_recording(self):
+        panels = self.panels(
+            "--silence", 0.4, "--rate", RATE, "-f", f"GlotSyn events={SAMPLES.parent / 'phrase' / 'phrase.gpl'}"
+        )
+        self.assertEqual(panels["after", "waveform"].entry["title"], "GlotSyn events=phrase.gpl, 16000 Hz")
+
+    def test_tracks_lie_below_with_their_units(self):
+        panels = self.panels(SAMPLES / "take3.wav", "--track", "tip=BeamPel column=6", "--track", "speed=BeamData mode=speed")
+        self.assertEqual(list(panels)[2:], [("tip", "track"), ("speed", "track")])
+        self.assertEqual(panels["tip", "track"].entry["y_axis"]["label"], "mm")
+        self.assertEqual(panels["speed", "track"].entry["y_axis"]["label"], "mm/ms")
+        self.assertEqual(panels["speed", "track"].entry["title"], "speed: BeamData mode=speed")
+
+
+class Formats(Plots):
+    def setUp(self):
+        super().setUp()
+        self.recording = self.write_wav(tone(1000, 0.3))
+
+    def test_two_runs_give_the_same_bytes(self):
+        for extension in ("png", "svg", "pdf"):
+            outs = [self.folder / f"{name}.{extension}" for name in "ab"]
+            for out in outs:
+                self.plot(self.recording, out, "-q")
+            self.assertEqual(outs[0].read_bytes(), outs[1].read_bytes(), extension)
+
+    def test_svg_is_xml_with_the_size_in_pixels(self):
+        out = self.folder / "out.svg"
+        self.plot(self.recording, out, "--size", "700x400")
+        root = xml.etree.ElementTree.parse(out).getroot()
+        self.assertEqual(root.tag, "{http://www.w3.org/2000/svg}svg")
+        self.assertEqual((root.get("width"), root.get("height")), ("700px", "400px"))
+        self.assertIn(b"<image", out.read_bytes())
+
+    def test_pdf_is_whole_and_without_a_date(self):
+        out = self.folder / "out.pdf"
+        self.plot(self.recording, out)
+        data = out.read_bytes()
+        self.assertTrue(data.startswith(b"%PDF-1."))
+        self.assertTrue(data.endswith(b"%%EOF\n"))
+        start = int(re.search(rb"startxref\n(\d+)\n", data)[1])
+        self.assertEqual(data[start : start + 4], b"xref")
+        # Every entry of the table leads to its object.
+        entries = re.findall(rb"(\d{10}) (\d{5}) ([nf]) ?", data[start:])
+        for number, (offset, _, kind) in enumerate(entries):
+            if kind == b"n":
+                self.assertTrue(data[int(offset) :].startswith(b"%d 0 obj" % number))
+        self.assertNotIn(b"Date", data)
+        self.assertIn(b"in.wav, 16000 Hz", data)
+
+    def test_a_picture_has_the_size_that_is_asked_for(self):
+        out = self.folder / "out.png"
+        _, message = self.plot(self.recording, out, "--size", "640x360")
+        self.assertIn("PNG, 640 x 360 pixels", message)
+        self.assertEqual(read_png(out.read_bytes()).shape, (360, 640))
+
+    def test_a_picture_may_go_through_a_pipe(self):
+        done = wavechain("plot", self.recording, "-", "--format", "png", "-q")
+        self.assertEqual((done.returncode, done.stderr), (0, b""))
+        read_png(done.stdout)
+
+    def test_names_of_any_bytes_are_drawn(self):
+        odd = os.fsdecode(b"t\xff\xc3(\n\xe4\xb8\xad.wav")
+        self.write_wav(tone(500, 0.1), odd)
+        described, _ = self.plot(self.folder / odd, self.folder / "out.png", "--layout", "-q")
+        self.assertIn("�", json.loads(described)["panels"][0]["title"])
+
+    def test_it_draws_in_the_c_locale_without_a_home(self):
+        environment = {"PATH": os.environ["PATH"], "LC_ALL": "C"}
+        for name in ("ASAN_OPTIONS", "UBSAN_OPTIONS"):
+            environment[name] = os.environ.get(name, "")
+        done = wavechain("plot", self.recording, self.folder / "c.png", "-q", env=environment)
+        self.assertEqual((done.returncode, done.stderr), (0, b""))
+        self.plot(self.recording, self.folder / "d.png", "-q")
+        self.assertEqual((self.folder / "c.png").read_bytes(), (self.folder / "d.png").read_bytes())
+
+
+class Refusals(Plots):
+    def setUp(self):
+        super().setUp()
+        self.recording = self.write_wav(tone(1000, 0.3))
+        self.out = self.folder / "out.png"
+
+    def check(self, status, message, *arguments):
+        with self.subTest(message):
+            _, said = self.plot(*arguments, "-q", status=status)
+            self.assertIn(message, said)
+            self.assertFalse(self.out.exists(), "a picture was written")
+
+    def test_wrong_usage_is_named(self):
+        ins = (self.recording, self.out)
+        for message, arguments in (
+            ("IN is required", ()),
+            ("OUT is required", (self.recording,)),
+            ("pictures are written as .png, .svg or .pdf", (self.recording, self.folder / "o.gif")),
+            ("--format gif: pictures are written as png, svg or pdf", (*ins, "--format", "gif")),
+            ("--size 3: takes width and height", (*ins, "--size", "3")),
+            ("--size 800xtall: takes width and height", (*ins, "--size", "800xtall")),
+            ("--size 200x200: too small for 4 panels", (*ins, "--size", "200x200", "-f", "FIRFilter 3")),
+            ("--window 0: takes 0.1 to 1000 ms", (*ins, "--window", "0")),
+            ("--dynamics 0.5: takes 1 to 300 dB", (*ins, "--dynamics", "0.5")),
+            ("--max-frequency -1: takes", (*ins, "--max-frequency=-1")),
+            ("--from -1: takes seconds from 0", (*ins, "--from=-1")),
+            ("--from 2: the signal ends at 0.300 s", (*ins, "--from", "2")),
+            ("--to 0.1: lies not behind --from 0.2", (*ins, "--from", "0.2", "--to", "0.1")),
+            ("takes a stretch of 0.00001 s or more", (*ins, "--from", "0.2", "--to", "0.200001")),
+            ("--track 'FIRFilter 20': takes a name and a chain", (*ins, "--track", "FIRFilter 20")),
+            ("there is no filter 'Fir'", (*ins, "--track", "a=Fir 3")),
+            ("--track a: there are two signals of that name", (*ins, "--track", "a=FIRFilter 3", "--track", "a=FIRFilter 4")),
+            ("--layout writes to standard output", (self.recording, "-", "--format", "png", "--layout")),
+            ("standard input can be read once", ("-", self.out)),
+            ("with --silence there is no recording", (*ins, "--silence", "1", "--rate", "8000")),
+            ("with --silence there is nothing to draw without a filter", (self.out, "--silence", "1", "--rate", "8000")),
+            ("--silence and --rate go together", (self.out, "--silence", "1")),
+            ("one word too many", (*ins, "-f", "FIRFilter", "3")),
+        ):
+            self.check(1, message, *arguments)
+
+    def test_recordings_that_cannot_be_drawn_are_named(self):
+        empty = self.write_wav([], "empty.wav")
+        self.check(2, "empty.wav: holds no sample", empty, self.out)
+        self.check(2, "none.wav: cannot be opened", self.folder / "none.wav", self.out)
+
+    def test_nothing_is_replaced_unasked(self):
+        self.check(3, "is the input itself", self.recording, self.recording, "--format", "png", "--force")
+        self.out.write_bytes(b"mine")
+        _, said = self.plot(self.recording, self.out, "-q", status=3)
+        self.assertIn("exists already; --force replaces it", said)
+        self.assertEqual(self.out.read_bytes(), b"mine")
+        self.plot(self.recording, self.out, "--force")
+        read_png(self.out.read_bytes())
+
+
+if __name__ == "__main__":
+    unittest.main()
