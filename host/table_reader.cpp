@@ -4,7 +4,8 @@
 #include <array>
 #include <charconv>
 #include <limits>
-#include <regex>
+#include <optional>
+#include <string_view>
 
 #include "host/failure.h"
 #include "host/text.h"
@@ -12,10 +13,45 @@
 namespace wavechain {
 namespace {
 
-std::int64_t WholeNumber(const std::string& digits) {
+// Takes a whole number of at most `most` off the front of the text; none where there is no digit.
+std::optional<std::int64_t> TakeNumber(std::string_view& text, std::int64_t most) {
   std::int64_t number = 0;
-  std::from_chars(digits.data(), digits.data() + digits.size(), number);
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc{} || text.front() == '-' || number > most) {
+    return std::nullopt;
+  }
+  text.remove_prefix(static_cast<std::size_t>(end - text.data()));
   return number;
+}
+
+void TakeIfThere(std::string_view& text, char wanted) {
+  text.remove_prefix(text.starts_with(wanted) ? 1 : 0);
+}
+
+struct Shape {
+  std::int64_t frames = 0;
+  std::optional<std::int64_t> columns;
+};
+
+// What the header says as in 'shape': (1000, 2) or 'shape': (1000,).
+std::optional<Shape> ShapeOf(std::string_view header) {
+  constexpr std::string_view Key = "'shape': (";
+  const auto key = header.find(Key);
+  if (key == std::string_view::npos) {
+    return std::nullopt;
+  }
+  header.remove_prefix(key + Key.size());
+  const auto frames = TakeNumber(header, 999'999'999'999'999'999);
+  if (!frames) {
+    return std::nullopt;
+  }
+  TakeIfThere(header, ',');
+  TakeIfThere(header, ' ');
+  const auto columns = TakeNumber(header, 999'999'999);
+  if (!header.starts_with(')')) {
+    return std::nullopt;
+  }
+  return Shape{*frames, columns};
 }
 
 // The length of the header that follows, by the format's version.
@@ -34,20 +70,18 @@ NpyReader::NpyReader(const std::string& path) : SampleReader(path), file(path, s
   file.seekg(NpyMagic.size());
   std::string header(std::min(HeaderSize(file), LongestHeader), '\0');
   file.read(header.data(), static_cast<std::streamsize>(header.size()));
-  std::smatch shape;
-  const bool hasShape =
-      std::regex_search(header, shape, std::regex(R"('shape': \((\d{1,18}),? ?(\d{1,9})?\))"));
+  const auto shape = ShapeOf(header);
   wide = header.find("'<f8'") != std::string::npos;
   const bool isFloat = wide || header.find("'<f4'") != std::string::npos;
   const bool inRows = header.find("'fortran_order': False") != std::string::npos;
-  const bool hasColumns = hasShape && shape[2].matched;
-  if (!file || !hasShape || !isFloat || !(inRows || !hasColumns)) {
+  const bool hasColumns = shape && shape->columns;
+  if (!file || !shape || !isFloat || !(inRows || !hasColumns)) {
     Fail(ExitStatus::Input,
          "{}: is no array of float32 or float64 with one axis, or with columns as the second",
          path);
   }
-  left = WholeNumber(shape[1]);
-  Describe(hasColumns ? std::max(static_cast<int>(WholeNumber(shape[2])), 1) : 1, std::nullopt);
+  left = shape->frames;
+  Describe(std::max(static_cast<int>(shape->columns.value_or(1)), 1), std::nullopt);
 }
 
 int NpyReader::Read(double* frames, int count) {
