@@ -27,6 +27,8 @@ class AudioInput {
   /// Fails (input) where the file gave out early.
   void RequireIntact() const { sound.RequireIntact(); }
 
+  /// The open file, or the copy of what came through a pipe.
+  int Descriptor() const { return sound.Descriptor(); }
   const std::string& Path() const { return sound.Path(); }
   /// The path, or "standard input", for messages.
   const std::string& Name() const { return sound.Name(); }

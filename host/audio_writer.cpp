@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <string_view>
 
@@ -18,6 +19,15 @@ namespace {
 constexpr std::int64_t HeaderRoom = 4096;
 
 }  // namespace
+
+void RequireRoom(const std::string& name, const OutputFormat& format, std::int64_t samples) {
+  const std::int64_t most = (format.container->sizeLimit - HeaderRoom) / format.encoding->bytes;
+  if (samples > most) {
+    Fail(ExitStatus::Output,
+         "{}: {} samples do not fit into a {} file, which ends at 4 GiB; write .w64 or .rf64", name,
+         samples, format.container->name);
+  }
+}
 
 AudioWriter::AudioWriter(int fileDescriptor, std::string fileName, const OutputFormat& outputFormat,
                          const SignalInfo& signal, const std::string& comment)
@@ -39,7 +49,7 @@ AudioWriter::AudioWriter(int fileDescriptor, std::string fileName, const OutputF
   // An interval of 1000 / rate is not exact itself.
   rateRounded =
       format.container->kind != ContainerKind::Raw && std::abs(exactRate - rate) > 1e-9 * exactRate;
-  RequireRoom(signal.length);
+  RequireRoom(name, format, signal.length);
 
   SF_INFO info = {};
   info.samplerate = rate;
@@ -58,7 +68,7 @@ AudioWriter::AudioWriter(int fileDescriptor, std::string fileName, const OutputF
 }
 
 void AudioWriter::Write(const float* samples, int count) {
-  RequireRoom(total + count);
+  RequireRoom(name, format, total + count);
   sf_count_t written = count;
   if (format.encoding->subtype == SF_FORMAT_FLOAT) {
     written = ::sf_write_float(sound->Get(), samples, count);
@@ -107,28 +117,25 @@ void AudioWriter::Close() {
 
 // libsndfile 1.2 leaves the PEAK chunk in RF64 files, whatever it is told.
 void AudioWriter::ClearPeakTime() const {
-  std::array<char, 512> header = {};
-  const ssize_t size = ::pread(descriptor, header.data(), header.size(), 0);
-  const std::string_view text(header.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
-  const std::size_t data = text.find("data");
-  const std::size_t peak = text.find("PEAK");
-  constexpr std::size_t TimeOffset = 12;  // behind the chunk's name, size and version
-  if (peak == std::string_view::npos || peak > data) {
-    return;
-  }
+  constexpr off_t TimeOffset = 12;  // behind the chunk's name, size and version
   constexpr std::array<char, 4> Zeros = {};
-  if (::pwrite(descriptor, Zeros.data(), Zeros.size(), static_cast<off_t>(peak + TimeOffset)) !=
-      static_cast<ssize_t>(Zeros.size())) {
-    Fail(ExitStatus::Output, "{}: cannot be written: {}", name, SystemText(errno));
-  }
-}
-
-void AudioWriter::RequireRoom(std::int64_t samples) const {
-  const std::int64_t most = (format.container->sizeLimit - HeaderRoom) / format.encoding->bytes;
-  if (samples > most) {
-    Fail(ExitStatus::Output,
-         "{}: {} samples do not fit into a {} file, which ends at 4 GiB; write .w64 or .rf64", name,
-         samples, format.container->name);
+  off_t at = 12;  // behind the file's own name, size and form
+  for (;;) {
+    std::array<char, 8> chunk = {};
+    if (::pread(descriptor, chunk.data(), chunk.size(), at) != 8) {
+      return;
+    }
+    const std::string_view chunkName(chunk.data(), 4);
+    std::uint32_t size = 0;
+    std::memcpy(&size, chunk.data() + 4, sizeof size);
+    if (chunkName == "data") {
+      return;
+    }
+    if (chunkName == "PEAK" &&
+        ::pwrite(descriptor, Zeros.data(), Zeros.size(), at + TimeOffset) != 4) {
+      Fail(ExitStatus::Output, "{}: cannot be written: {}", name, SystemText(errno));
+    }
+    at += static_cast<off_t>(chunk.size()) + size + (size & 1U);
   }
 }
 

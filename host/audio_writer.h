@@ -11,6 +11,9 @@
 
 namespace wavechain {
 
+/// Fails (output) where so many samples do not fit into a file of the format.
+void RequireRoom(const std::string& name, const OutputFormat& format, std::int64_t samples);
+
 /// Writes one signal as an audio file. Float files hold the samples as they are; integer files
 /// hold them divided by the signal's full scale, rounded to the nearest step (ties to even),
 /// without dither, limited to the range. The same samples always give the same bytes.
@@ -32,7 +35,6 @@ class AudioWriter : public SignalWriter {
   bool RateRounded() const override { return rateRounded; }
 
  private:
-  void RequireRoom(std::int64_t samples) const;
   void WriteIntegers(const float* samples, int count);
   void ClearPeakTime() const;
   [[noreturn]] void Refuse() const;

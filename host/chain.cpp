@@ -253,6 +253,18 @@ void Chain::RequireFlow() const {
   }
 }
 
+std::vector<std::string> Chain::Files() const {
+  std::vector<std::string> files;
+  for (const auto& own : data) {
+    files.insert(files.end(), own->Files().begin(), own->Files().end());
+  }
+  for (const auto& second : seconds) {
+    const std::vector<std::string> more = second->Files();
+    files.insert(files.end(), more.begin(), more.end());
+  }
+  return files;
+}
+
 void Chain::WarnOfInputs() const {
   for (const auto& second : seconds) {
     second->WarnOfInput(log);

@@ -47,6 +47,9 @@ class Chain {
   /// Which samples of it have no data behind them, where it comes from a track; a signal that
   /// does not has no such thing.
   const std::optional<Gaps>& Missing() const { return gaps; }
+  /// All files that are read for it beside its source: data files, found or not, and second
+  /// recordings with theirs.
+  std::vector<std::string> Files() const;
   /// Pulls up to `count` samples and returns how many came: fewer only at the end. Fails
   /// (input) as RequireFlow does.
   int Pull(float* samples, int count);

@@ -19,6 +19,7 @@
 #include "host/plot_command.h"
 #include "host/print.h"
 #include "host/raw_format.h"
+#include "host/record_commands.h"
 #include "host/run.h"
 #include "host/skeleton.h"
 #include "host/text.h"
@@ -127,6 +128,8 @@ void AddRun(CLI::App& app, RunRequest& request) {
   run->add_flag("--no-validity", request.noValidity,
                 "leave out the column of .csv and .ssff files that tells which samples of a track "
                 "have data behind them");
+  run->add_flag("--no-record", request.noRecord,
+                "do not note in OUT, or in a .json file beside it, how it was made");
   run->add_flag("--force", request.force, "replace OUT where it exists");
   run->add_flag("--allow-truncated", request.allowTruncated,
                 "take what is there of a recording that was cut short");
@@ -221,6 +224,7 @@ int CommandLine(int argc, const char* const* argv) {
   RunRequest run;
   InfoRequest info;
   DiffCommand diff;
+  RecordCommands records;
   SkeletonCommand skeleton;
   PlotRequest plot;
   try {
@@ -231,6 +235,7 @@ int CommandLine(int argc, const char* const* argv) {
     AddRun(app, run);
     AddInfo(app, info);
     diff.AddTo(app);
+    records.AddTo(app);
     skeleton.AddTo(app);
     AddPlot(app, plot);
     app.footer(

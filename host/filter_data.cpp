@@ -55,6 +55,7 @@ std::optional<Gaps> FilterData::Missing() const {
 
 void FilterData::Prepare(const DataFile& file, const SignalInfo& fed, Log& log) {
   const std::string path = Path(file);
+  files.push_back(path);
   if (const auto why = WhyUnreadable(path)) {
     DoWithout(file, path, *why, log);
     return;

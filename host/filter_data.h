@@ -2,6 +2,7 @@
 #define WAVEFILTERS_HOST_FILTER_DATA_H
 
 #include <string>
+#include <vector>
 
 #include "host/bridge_source.h"
 #include "host/filter_arguments.h"
@@ -35,6 +36,8 @@ class FilterData {
   /// Which samples of the filter's output have no data behind them, for filters that render a
   /// track; nothing for the others.
   std::optional<Gaps> Missing() const;
+  /// All data files, found or not.
+  const std::vector<std::string>& Files() const { return files; }
 
  private:
   void Prepare(const DataFile& file, const SignalInfo& fed, Log& log);
@@ -46,6 +49,7 @@ class FilterData {
   const FilterCall& call;
   std::string who;  // "filter 2 (BeamPel)"
   const DataOptions& options;
+  std::vector<std::string> files;
   SignalInfo signal;              // that the filter is fed
   std::string pellets;            // their file
   std::int64_t palatePoints = 0;  // that are searched

@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "host/audio_input.h"
+#include "host/audio_writer.h"
 #include "host/chain.h"
 #include "host/failure.h"
 #include "host/host_arguments.h"
@@ -17,15 +18,13 @@
 #include "host/make.h"
 #include "host/output_file.h"
 #include "host/recording_source.h"
+#include "host/run_record.h"
 #include "host/signal_writer.h"
 #include "host/silent_source.h"
 #include "host/text.h"
 
 namespace wavechain {
 namespace {
-
-// Filters see the signal in blocks of this size, always: some results depend on it.
-constexpr int BlockSamples = 4096;
 
 struct Totals {
   std::int64_t samples = 0;
@@ -202,14 +201,23 @@ void Run(const RunRequest& request) {
   const Input input(request);
   ReportInput(input, log);
   ReportChain(calls, log);
-  const DataOptions data = {request.input == "-" ? "" : request.input, request.allowMissing,
-                            request.libraryTail};
+  const std::string& known = request.recorded ? request.recorded->input : request.input;
+  const DataOptions data = {known == "-" ? "" : known, request.allowMissing, request.libraryTail};
   Chain chain(library, wavefilters::Ref<HostSource>::Share(input.Source()), calls,
               {.data = data, .allowTruncated = request.allowTruncated}, log);
   const auto output = OpenOutput(request.output, request.force);
-  const auto writer = MakeWriter(output->Descriptor(), output->Name(), format, chain.Output(),
-                                 request.noValidity ? std::nullopt : chain.Missing(),
-                                 Comment(calls, chain.Output()));
+  if (format.IsSound()) {
+    RequireRoom(output->Name(), format, chain.Output().length);
+  }
+  const std::string words = Comment(calls, chain.Output());
+  RecordKeeper record =
+      request.noRecord
+          ? RecordKeeper(words)
+          : RecordKeeper(request, format,
+                         RecordOf(request, format, calls, library, chain, input.File()), words);
+  const auto writer =
+      MakeWriter(output->Descriptor(), output->Name(), format, chain.Output(),
+                 request.noValidity ? std::nullopt : chain.Missing(), record.Comment());
 
   // The library draws noise from the process's generator: so every run repeats.
   std::srand(request.seed);
@@ -220,6 +228,11 @@ void Run(const RunRequest& request) {
   chain.WarnOfInputs();
   WarnOfOutput(output->Name(), totals, *writer, log);
   ReportMissing(chain, totals.samples, log);
+  if (record.Lost()) {
+    log.Report(fmt::format("record {}: {} has no room to tell how it was made", output->Name(),
+                           format.container->name));
+  }
+  record.Commit();
   output->Commit();
 
   log.Report(fmt::format("write  {}: {}, {} Hz, {}", output->Name(), format.Text(),

@@ -9,6 +9,16 @@
 
 namespace wavechain {
 
+/// Filters see the signal in blocks of this size, always: some results depend on it.
+constexpr int BlockSamples = 4096;
+
+/// What a record calls the input and the library, where it is made again from others of the same
+/// content.
+struct RecordedNames {
+  std::string input;
+  std::optional<std::string> library;
+};
+
 /// What `wavechain run` was asked for.
 struct RunRequest {
   std::string input;   // a path, or "-"; empty where silence is the input
@@ -28,6 +38,8 @@ struct RunRequest {
   std::optional<double> rate;       // Hz; of the silence, or of raw samples
   std::optional<std::string> type;  // of raw samples, where the recording has no header
   unsigned seed = 1;                // of the noise that FricSyn draws
+  bool noRecord = false;            // nothing tells how the output was made
+  std::optional<RecordedNames> recorded;
 };
 
 /// Pulls the recording through the chain into the output, which appears whole or not at all.

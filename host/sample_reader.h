@@ -34,8 +34,8 @@ class SampleReader {
   std::optional<double> rate;
 };
 
-/// Opens a recording ("-" is standard input), a .npy or .ssff file, or a .csv table with a first column
-/// time_s. Cells of a table are read as the 32-bit floats that they were written from, empty
+/// Opens a recording ("-" is standard input), a .npy or .ssff file, or a .csv table with a first
+/// column time_s. Cells of a table are read as the 32-bit floats that they were written from, empty
 /// ones as not a number. Fails (input) where the file cannot be opened or understood.
 std::unique_ptr<SampleReader> OpenSamples(const std::string& path, bool allowTruncated);
 

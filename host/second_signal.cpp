@@ -26,6 +26,12 @@ void SecondSignal::RequireFlow() const {
   chain.RequireFlow();
 }
 
+std::vector<std::string> SecondSignal::Files() const {
+  std::vector<std::string> files = chain.Files();
+  files.insert(files.begin(), input.Path());
+  return files;
+}
+
 void SecondSignal::WarnOfInput(Log& log) const {
   WarnOfOddSamples(input.Name(), source->NonFinite(), log);
   chain.WarnOfInputs();

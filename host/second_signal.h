@@ -17,6 +17,8 @@ class SecondSignal {
 
   /// What the filter is to be fed.
   BridgeSource& End() { return chain.End(); }
+  /// The recording, and what its chain reads.
+  std::vector<std::string> Files() const;
   /// As Chain::Missing.
   const std::optional<Gaps>& Missing() const { return chain.Missing(); }
   /// The recording's name, for messages.

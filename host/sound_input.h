@@ -32,6 +32,8 @@ class SoundInput {
   /// Fails (input) where the file gave out early.
   void RequireIntact() const;
 
+  /// The open file, or the copy of what came through a pipe.
+  int Descriptor() const { return file.Descriptor(); }
   const std::string& Path() const { return path; }
   /// The path, or "standard input", for messages.
   const std::string& Name() const { return name; }

@@ -33,7 +33,8 @@ class Resampling : public testing::Test {
 
   // Runs the filters over in.wav into out.wav.
   Outcome Run(const std::vector<std::string>& filters, const std::string& out = "out.wav") const {
-    std::vector<std::string> arguments = {"run", Path("in.wav"), Path(out), "--force"};
+    std::vector<std::string> arguments = {"run", Path("in.wav"), Path(out), "--force",
+                                          "--no-record"};
     for (const std::string& filter : filters) {
       arguments.insert(arguments.end(), {"-f", filter});
     }

@@ -1,0 +1,118 @@
+#include "host/provenance.h"
+
+#include "host/failure.h"
+
+namespace wavechain {
+namespace {
+
+using Object = nlohmann::ordered_json;
+
+Object FileJson(const FileRecord& file) {
+  return {{"file", file.name}, {"sha256", file.sha256 ? Object(*file.sha256) : Object(nullptr)}};
+}
+
+FileRecord FileFrom(const Object& json) {
+  FileRecord file = {json.at("file").get<std::string>(), std::nullopt};
+  if (!json.at("sha256").is_null()) {
+    file.sha256 = json.at("sha256").get<std::string>();
+  }
+  return file;
+}
+
+template <class Value>
+void PutIf(Object& json, const char* key, const std::optional<Value>& value) {
+  if (value) {
+    json[key] = *value;
+  }
+}
+
+void PutFlag(Object& json, const char* key, bool flag) {
+  if (flag) {
+    json[key] = true;
+  }
+}
+
+template <class Value>
+std::optional<Value> TakenIf(const Object& json, const char* key) {
+  return json.contains(key) ? std::optional(json.at(key).get<Value>()) : std::nullopt;
+}
+
+void TakeOptions(const Object& options, Provenance& record) {
+  record.seed = options.at("seed").get<unsigned>();
+  record.block = options.at("block").get<int>();
+  record.allowTruncated = options.value("allow_truncated", false);
+  record.allowMissing = options.value("allow_missing", false);
+  record.libraryTail = options.value("library_tail", false);
+  record.noValidity = options.value("no_validity", false);
+}
+
+Provenance Taken(const Object& json) {
+  Provenance record;
+  record.program = json.at("wavechain").get<std::string>();
+  record.library = FileFrom(json.at("library"));
+  record.givenLibrary = TakenIf<std::string>(json.at("library"), "given");
+  const Object& input = json.at("input");
+  record.silence_s = TakenIf<double>(input, "silence_s");
+  record.rate = TakenIf<double>(input, "rate_hz");
+  record.type = TakenIf<std::string>(input, "type");
+  record.channel = TakenIf<int>(input, "channel");
+  if (!record.silence_s) {
+    record.input = FileFrom(input);
+  }
+  record.filters = json.at("filters").get<std::vector<std::string>>();
+  for (const Object& file : json.at("files")) {
+    record.files.push_back(FileFrom(file));
+  }
+  TakeOptions(json.at("options"), record);
+  const Object& output = json.at("output");
+  record.format = output.at("format").get<std::string>();
+  record.encoding = TakenIf<std::string>(output, "encoding");
+  record.unit = output.at("unit").get<std::string>();
+  return record;
+}
+
+}  // namespace
+
+Object Provenance::Json() const {
+  Object libraryJson = FileJson(library);
+  PutIf(libraryJson, "given", givenLibrary);
+  Object inputJson = input ? FileJson(*input) : Object::object();
+  PutIf(inputJson, "channel", channel);
+  PutIf(inputJson, "type", type);
+  PutIf(inputJson, "silence_s", silence_s);
+  PutIf(inputJson, "rate_hz", rate);
+  auto filesJson = Object::array();
+  for (const FileRecord& file : files) {
+    filesJson.push_back(FileJson(file));
+  }
+  Object options = {{"seed", seed}, {"block", block}};
+  PutFlag(options, "allow_truncated", allowTruncated);
+  PutFlag(options, "allow_missing", allowMissing);
+  PutFlag(options, "library_tail", libraryTail);
+  PutFlag(options, "no_validity", noValidity);
+  Object outputJson = {{"format", format}};
+  PutIf(outputJson, "encoding", encoding);
+  outputJson["unit"] = unit;
+  outputJson["full_scale"] = fullScale;
+  return {{"wavechain", program}, {"library", libraryJson}, {"input", inputJson},
+          {"filters", filters},   {"files", filesJson},     {"options", options},
+          {"output", outputJson}};
+}
+
+Provenance Provenance::FromJson(const Object& json, const std::string& file) {
+  try {
+    return Taken(json);
+  } catch (const Object::exception& error) {
+    Fail(ExitStatus::Input, "{}: its record of how it was made cannot be understood: {}", file,
+         error.what());
+  }
+}
+
+std::string CommentOf(const std::string& words, const Provenance& record) {
+  const std::string json = record.Json().dump(-1, ' ', true, Object::error_handler_t::replace);
+  return words.empty() ? json : words + "; " + json;
+}
+
+std::string RecordPath(const std::string& output) { return output + ".json"; }
+
+}  // namespace wavechain

@@ -1,0 +1,52 @@
+#include "host/failure.h"
+#include "host/provenance.h"
+#include "host/text.h"
+
+namespace wavechain {
+namespace {
+
+std::string FileText(const FileRecord& file) {
+  return fmt::format("{} ({})", OneLine(file.name),
+                     file.sha256 ? "SHA-256 " + *file.sha256 : "not there");
+}
+
+std::string InputText(const Provenance& record) {
+  if (!record.input) {
+    return fmt::format("silence, {} s at {} Hz", NumberText(record.silence_s.value_or(0.0)),
+                       NumberText(record.rate.value_or(0.0)));
+  }
+  std::string text = FileText(*record.input);
+  text += record.channel ? fmt::format(", channel {}", *record.channel) : "";
+  text += record.type ? fmt::format(", raw {} at {} Hz", *record.type,
+                                    NumberText(record.rate.value_or(0.0)))
+                      : "";
+  return text;
+}
+
+std::string OptionsText(const Provenance& record) {
+  std::string text = fmt::format("seed {}, blocks of {} samples", record.seed, record.block);
+  text += record.allowTruncated ? ", --allow-truncated" : "";
+  text += record.allowMissing ? ", --allow-missing" : "";
+  text += record.libraryTail ? ", --library-tail" : "";
+  text += record.noValidity ? ", --no-validity" : "";
+  return text;
+}
+
+}  // namespace
+
+std::string ProvenanceText(const Provenance& record) {
+  std::string text = fmt::format("program  wavechain {}\nlibrary  {}\ninput    {}\n",
+                                 record.program, FileText(record.library), InputText(record));
+  for (std::size_t i = 0; i < record.filters.size(); ++i) {
+    text += fmt::format("{}  {}\n", i == 0 ? "chain  " : "       ", OneLine(record.filters[i]));
+  }
+  for (std::size_t i = 0; i < record.files.size(); ++i) {
+    text += fmt::format("{}  {}\n", i == 0 ? "files  " : "       ", FileText(record.files[i]));
+  }
+  text += fmt::format("options  {}\noutput   {}{}", OptionsText(record), record.format,
+                      record.encoding ? ", " + *record.encoding : "");
+  text += record.unit.empty() ? "" : ", unit " + OneLine(record.unit);
+  return text + "\n";
+}
+
+}  // namespace wavechain

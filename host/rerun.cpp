@@ -1,0 +1,179 @@
+#include "host/rerun.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "host/failure.h"
+#include "host/file.h"
+#include "host/filter_library.h"
+#include "host/provenance.h"
+#include "host/run.h"
+#include "host/sha256.h"
+
+namespace wavechain {
+namespace {
+
+constexpr std::string_view Beside = ".json";
+
+// A folder that is gone at the end.
+class ScratchFolder {
+ public:
+  ScratchFolder() : folder(TemporaryFolder() + "/wavechain-XXXXXX") {
+    if (::mkdtemp(folder.data()) == nullptr) {
+      const int error = errno;
+      Fail(ExitStatus::Output, "cannot make a temporary folder in {}: {}; set TMPDIR",
+           TemporaryFolder(), SystemText(error));
+    }
+  }
+  ~ScratchFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(folder, ignored);
+  }
+  ScratchFolder(const ScratchFolder&) = delete;
+  ScratchFolder& operator=(const ScratchFolder&) = delete;
+
+  std::string Path(const std::string& name) const { return folder + "/" + name; }
+
+ private:
+  std::string folder;
+};
+
+std::string Absolute(const std::string& path) {
+  return path == "-" ? path : std::filesystem::absolute(path).string();
+}
+
+void RequireSame(const FileRecord& file, const std::string& path, const std::string& hint) {
+  const std::optional<std::string> now = Sha256(path);
+  if (now == file.sha256) {
+    return;
+  }
+  if (!now) {
+    Fail(ExitStatus::Input, "{}: cannot be opened: {}; {}", path, SystemText(errno), hint);
+  }
+  if (!file.sha256) {
+    Fail(ExitStatus::Input, "{}: was not there when the output was made", path);
+  }
+  Fail(ExitStatus::Input, "{}: is not the file that the output was made from: SHA-256 {}, not {}",
+       path, now->substr(0, 16), file.sha256->substr(0, 16));
+}
+
+void RequireInputs(const Provenance& record, const RerunRequest& request) {
+  constexpr const char* Hint = "name the folder that it is relative to by --folder DIR";
+  if (record.input && record.input->name == "-" && !request.input) {
+    Fail(ExitStatus::Input,
+         "{}: was made from standard input; save that in a file and name it by --input FILE",
+         request.file);
+  }
+  if (record.input) {
+    RequireSame(*record.input, request.input.value_or(record.input->name),
+                fmt::format("{}, or the recording by --input FILE", Hint));
+  }
+  for (const FileRecord& file : record.files) {
+    RequireSame(file, file.name, Hint);
+  }
+}
+
+void RequireLibrary(const Provenance& record, const std::optional<std::string>& given,
+                    const RerunRequest& request) {
+  if (request.otherLibrary) {
+    return;
+  }
+  constexpr const char* Hint = "--other-library takes what is there";
+  if (record.program != WAVECHAIN_VERSION || record.block != BlockSamples) {
+    Fail(ExitStatus::Input, "{}: was made by wavechain {}, this is {}; {}", request.file,
+         record.program, WAVECHAIN_VERSION, Hint);
+  }
+  const std::string path = FilterLibrary(given).Path();
+  if (Sha256(path) != record.library.sha256) {
+    Fail(ExitStatus::Input, "{}: was made with another library than {}; {}", request.file, path,
+         Hint);
+  }
+}
+
+RunRequest AsRun(const Provenance& record, const RerunRequest& request) {
+  RunRequest run;
+  run.input = record.input ? request.input.value_or(record.input->name) : "";
+  run.recorded = {record.input ? record.input->name : "", record.givenLibrary};
+  for (const std::string& filter : record.filters) {
+    run.chain.push_back({false, filter});
+  }
+  run.library = request.library ? request.library : record.givenLibrary;
+  run.channel = record.channel;
+  run.format = record.format;
+  run.encoding = record.encoding;
+  run.allowTruncated = record.allowTruncated;
+  run.allowMissing = record.allowMissing;
+  run.libraryTail = record.libraryTail;
+  run.noValidity = record.noValidity;
+  run.silence_s = record.silence_s;
+  run.rate = record.rate;
+  run.type = record.type;
+  run.seed = record.seed;
+  run.force = request.force;
+  run.quiet = request.quiet;
+  return run;
+}
+
+// The first byte at which two files differ; nothing where they do not.
+std::optional<std::int64_t> FirstDifference(const std::string& one, const std::string& other) {
+  std::ifstream a(one, std::ios::binary);
+  std::ifstream b(other, std::ios::binary);
+  const std::istreambuf_iterator<char> end;
+  std::int64_t at = 0;
+  std::istreambuf_iterator<char> fromA(a);
+  std::istreambuf_iterator<char> fromB(b);
+  for (; fromA != end && fromB != end; ++fromA, ++fromB, ++at) {
+    if (*fromA != *fromB) {
+      return at;
+    }
+  }
+  return fromA == fromB ? std::nullopt : std::optional(at);
+}
+
+void RequireEqual(const std::string& file, const std::string& made) {
+  if (const std::optional<std::int64_t> at = FirstDifference(file, made)) {
+    Fail(ExitStatus::Input, "{}: is not what its record makes: they differ from byte {} on", file,
+         *at);
+  }
+}
+
+}  // namespace
+
+std::string Rerun(const RerunRequest& asked) {
+  RerunRequest request = asked;
+  const Provenance record = Provenance::FromJson(ReadRecord(request.file), request.file);
+  std::string made = request.file.ends_with(Beside)
+                         ? request.file.substr(0, request.file.size() - Beside.size())
+                         : request.file;
+  if (request.folder) {
+    made = Absolute(made);
+    request.output = request.output ? std::optional(Absolute(*request.output)) : std::nullopt;
+    if (::chdir(request.folder->c_str()) != 0) {
+      Fail(ExitStatus::Input, "--folder {}: {}", *request.folder, SystemText(errno));
+    }
+  }
+  RunRequest run = AsRun(record, request);
+  RequireLibrary(record, run.library, request);
+  RequireInputs(record, request);
+  if (request.output) {
+    run.output = *request.output;
+    Run(run);
+    return "";
+  }
+  const ScratchFolder scratch;
+  run.output = scratch.Path("again");
+  run.quiet = true;
+  Run(run);
+  RequireEqual(made, run.output);
+  if (std::filesystem::exists(RecordPath(run.output))) {
+    RequireEqual(RecordPath(made), RecordPath(run.output));
+  }
+  return request.quiet ? "" : fmt::format("{}: made again, byte for byte\n", OneLine(made));
+}
+
+}  // namespace wavechain

@@ -1,0 +1,110 @@
+#include "host/run_record.h"
+
+#include <sndfile.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "host/failure.h"
+#include "host/interrupt.h"
+#include "host/sha256.h"
+
+namespace wavechain {
+namespace {
+
+// libsndfile reads no longer ones back from WAV files.
+constexpr std::size_t LongestComment = 2000;
+
+bool HasRoom(const OutputFormat& format, const std::string& comment) {
+  if (format.container->kind == ContainerKind::Ssff) {
+    return true;
+  }
+  const int type = format.container->type;
+  const bool hasComment = type == SF_FORMAT_WAV || type == SF_FORMAT_FLAC ||
+                          type == SF_FORMAT_AIFF || type == SF_FORMAT_RF64 || type == SF_FORMAT_CAF;
+  return hasComment && comment.size() <= LongestComment;
+}
+
+FileRecord LibraryRecord(const std::string& path) {
+  std::error_code error;
+  const std::filesystem::path real = std::filesystem::canonical(path, error);
+  return {(error ? std::filesystem::path(path) : real).filename().string(), Sha256(path)};
+}
+
+std::vector<FileRecord> FileRecords(const std::vector<std::string>& paths) {
+  std::vector<FileRecord> files;
+  for (const std::string& path : paths) {
+    if (std::ranges::find(files, path, &FileRecord::name) == files.end()) {
+      files.push_back({path, Sha256(path)});
+    }
+  }
+  return files;
+}
+
+}  // namespace
+
+Provenance RecordOf(const RunRequest& request, const OutputFormat& format,
+                    const std::vector<FilterCall>& calls, const FilterLibrary& library,
+                    const Chain& chain, const AudioInput* file) {
+  Provenance record;
+  record.program = WAVECHAIN_VERSION;
+  record.library = LibraryRecord(library.Path());
+  record.givenLibrary = request.recorded ? request.recorded->library : request.library;
+  if (file != nullptr) {
+    record.input = {request.recorded ? request.recorded->input : request.input,
+                    Sha256(file->Descriptor())};
+  }
+  record.channel = request.channel;
+  record.type = request.type;
+  record.silence_s = request.silence_s;
+  record.rate = request.rate;
+  for (const FilterCall& call : calls) {
+    record.filters.push_back(call.Text());
+  }
+  record.files = FileRecords(chain.Files());
+  record.seed = request.seed;
+  record.block = BlockSamples;
+  record.allowTruncated = request.allowTruncated;
+  record.allowMissing = request.allowMissing;
+  record.libraryTail = request.libraryTail;
+  record.noValidity = request.noValidity;
+  record.format = format.container->name;
+  if (format.IsSound()) {
+    record.encoding = std::string(format.encoding->name);
+  }
+  record.unit = chain.Output().units;
+  record.fullScale = chain.Output().fullScale;
+  return record;
+}
+
+RecordKeeper::RecordKeeper(const RunRequest& request, const OutputFormat& format,
+                           const Provenance& record, const std::string& words)
+    : comment(CommentOf(words, record)) {
+  if (HasRoom(format, comment)) {
+    return;
+  }
+  comment = words;
+  if (request.output == "-") {
+    lost = true;
+    return;
+  }
+  const std::string path = RecordPath(request.output);
+  // A record whose output is gone makes way for the next one.
+  const bool replace = request.force || IsRecord(path);
+  CheckTarget(path, replace, std::nullopt);
+  beside = OpenOutput(path, replace);
+  const std::string text =
+      record.Json().dump(2, ' ', true, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+  if (const int error = WriteAll(beside->Descriptor(), text.data(), text.size())) {
+    StopIfInterrupted();
+    Fail(ExitStatus::Output, "{}: cannot be written: {}", path, SystemText(error));
+  }
+}
+
+void RecordKeeper::Commit() {
+  if (beside) {
+    beside->Commit();
+  }
+}
+
+}  // namespace wavechain

@@ -1,0 +1,49 @@
+#ifndef WAVEFILTERS_HOST_RUN_RECORD_H
+#define WAVEFILTERS_HOST_RUN_RECORD_H
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/audio_format.h"
+#include "host/audio_input.h"
+#include "host/chain.h"
+#include "host/output_file.h"
+#include "host/provenance.h"
+#include "host/run.h"
+
+namespace wavechain {
+
+/// The record of a run whose chain is ready. Reads every file once to its end, for its hash.
+/// `file` is null for silence.
+Provenance RecordOf(const RunRequest& request, const OutputFormat& format,
+                    const std::vector<FilterCall>& calls, const FilterLibrary& library,
+                    const Chain& chain, const AudioInput* file);
+
+/// Where a run's record goes: into the output's comment where the format has one that is long
+/// enough, otherwise into a file beside the output. It appears when the output does.
+class RecordKeeper {
+ public:
+  /// `words` lead the comment. Fails (output) where a file beside the output is needed and would
+  /// replace one, unless the request says so.
+  RecordKeeper(const RunRequest& request, const OutputFormat& format, const Provenance& record,
+               const std::string& words);
+  /// Without a record there are only the words.
+  explicit RecordKeeper(std::string words) : comment(std::move(words)) {}
+
+  /// What goes into the output's comment.
+  const std::string& Comment() const { return comment; }
+  /// The record was wanted, but there is no place for it: the output is standard output.
+  bool Lost() const { return lost; }
+  /// Completes the file beside the output. Fails (output) where that is not possible.
+  void Commit();
+
+ private:
+  std::string comment;
+  bool lost = false;
+  std::unique_ptr<OutputFile> beside;
+};
+
+}  // namespace wavechain
+
+#endif
