@@ -78,8 +78,16 @@ void RequireInputs(const Provenance& record, const RerunRequest& request) {
   }
 }
 
-void RequireLibrary(const Provenance& record, const std::optional<std::string>& given,
-                    const RerunRequest& request) {
+// A file may come from anybody, its record with it, and to load a library is to run it: one other
+// than the usual one has to be named by whoever calls, not by the record.
+void RequireLibrary(const Provenance& record, const RerunRequest& request) {
+  if (record.givenLibrary && !request.library) {
+    Fail(
+        ExitStatus::Input,
+        "{}: was made with the library {}, which a record alone does not have loaded; if you trust "
+        "it, name it by --library FILE",
+        request.file, OneLine(*record.givenLibrary));
+  }
   if (request.otherLibrary) {
     return;
   }
@@ -88,7 +96,7 @@ void RequireLibrary(const Provenance& record, const std::optional<std::string>& 
     Fail(ExitStatus::Input, "{}: was made by wavechain {}, this is {}; {}", request.file,
          record.program, WAVECHAIN_VERSION, Hint);
   }
-  const std::string path = FilterLibrary(given).Path();
+  const std::string path = FilterLibrary(request.library).Path();
   if (Sha256(path) != record.library.sha256) {
     Fail(ExitStatus::Input, "{}: was made with another library than {}; {}", request.file, path,
          Hint);
@@ -102,7 +110,7 @@ RunRequest AsRun(const Provenance& record, const RerunRequest& request) {
   for (const std::string& filter : record.filters) {
     run.chain.push_back({false, filter});
   }
-  run.library = request.library ? request.library : record.givenLibrary;
+  run.library = request.library;
   run.channel = record.channel;
   run.format = record.format;
   run.encoding = record.encoding;
@@ -158,7 +166,7 @@ std::string Rerun(const RerunRequest& asked) {
     }
   }
   RunRequest run = AsRun(record, request);
-  RequireLibrary(record, run.library, request);
+  RequireLibrary(record, request);
   RequireInputs(record, request);
   if (request.output) {
     run.output = *request.output;

@@ -12,7 +12,7 @@ struct RerunRequest {
   std::optional<std::string> output;   // where to make it again; without, it is compared
   std::optional<std::string> input;    // where the recording lies by now
   std::optional<std::string> folder;   // that names of inputs are relative to
-  std::optional<std::string> library;  // in place of the usual one, or of the recorded one
+  std::optional<std::string> library;  // in place of the usual one; never the recorded one
   bool otherLibrary = false;           // another library or program may make it
   bool force = false;
   bool quiet = false;

@@ -229,6 +229,22 @@ class Again(Records):
         self.assertEqual((self.folder / "b.csv").read_bytes(), (self.folder / "o.csv").read_bytes())
         self.assertEqual(self.record("b.csv")["library"]["sha256"], sha256(other))
 
+    def test_no_library_that_the_record_alone_names(self):
+        shutil.copy(LIBRARY, self.folder / "own.so")
+        self.make("o.csv", "-f", "BeamPel", "--library", "own.so")
+        refusal = ("o.csv: was made with the library own.so, which a record alone does not have loaded; if you trust "
+                   "it, name it by --library FILE")
+        self.expect_refusal(refusal, "o.csv")
+        self.expect_refusal(refusal, "o.csv", "b.csv", "--other-library")
+        # Nor is it touched: what is no library would have been found out by loading it.
+        (self.folder / "own.so").write_bytes(b"no library")
+        self.expect_refusal(refusal, "o.csv")
+        shutil.copy(LIBRARY, self.folder / "own.so")
+        self.call("rerun", "o.csv", "b.csv", "--library", "own.so", "-q")
+        for name in ("{}.csv", "{}.csv.json"):
+            self.assertEqual((self.folder / name.format("b")).read_bytes(),
+                             (self.folder / name.format("o")).read_bytes())
+
     def test_another_program(self):
         self.make("o.csv", "-f", "BeamPel")
         beside = self.folder / "o.csv.json"
