@@ -107,6 +107,8 @@ struct FilterKind {
   std::optional<Gaps> (*gapsBehind)(std::span<const double> values, const Gaps& before) = nullptr;
   /// By design its EndOfSrc never becomes true: the host stops at the announced length.
   bool neverEnds = false;
+  /// Linear, and the same at all times: it has a frequency response.
+  bool linear = false;
 };
 
 /// All thirteen kinds: the one table behind help, lists, parser and checks.

@@ -242,6 +242,16 @@ int Chain::Pull(float* samples, int count) {
   return came;
 }
 
+std::vector<EventInstants> Chain::Events() const {
+  std::vector<EventInstants> events;
+  for (const auto& files : data) {
+    if (files->Events()) {
+      events.push_back(*files->Events());
+    }
+  }
+  return events;
+}
+
 void Chain::RequireFlow() const {
   for (std::size_t i = 1; i < bridges.size(); ++i) {
     if (bridges[i]->Stalled()) {

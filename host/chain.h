@@ -50,6 +50,8 @@ class Chain {
   /// All files that are read for it beside its source: data files, found or not, and second
   /// recordings with theirs.
   std::vector<std::string> Files() const;
+  /// The events that its filters render, a list for each file.
+  std::vector<EventInstants> Events() const;
   /// Pulls up to `count` samples and returns how many came: fewer only at the end. Fails
   /// (input) as RequireFlow does.
   int Pull(float* samples, int count);

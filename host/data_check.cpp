@@ -12,6 +12,7 @@
 #include <locale>
 #include <sstream>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "host/failure.h"
@@ -83,6 +84,28 @@ class Lines {
   std::string text;
   std::istringstream line;
   std::int64_t number = 0;
+};
+
+// The instants of the events that will be heard, as far as they are known.
+class HeardEvents {
+ public:
+  void Add(double instant_ms, bool heard) {
+    lastHeard = heard;
+    if (heard) {
+      instants.push_back(instant_ms);
+    }
+  }
+  // The last one turns out to be dropped.
+  void DropLast() {
+    if (std::exchange(lastHeard, false)) {
+      instants.pop_back();
+    }
+  }
+  std::vector<double> Take() { return std::move(instants); }
+
+ private:
+  std::vector<double> instants;
+  bool lastHeard = false;
 };
 
 // Differences sum up to a position, which stays near the largest of them; positions sum up to
@@ -244,6 +267,7 @@ EventReport CheckEvents(const std::string& path, EventKind kind, double interval
   Lines lines(path);
   const double halfWindow = std::trunc(5.0 / interval_ms);
   std::optional<double> before;
+  HeardEvents heard;
   while (lines.Next()) {
     double values[4] = {};
     int found = 0;
@@ -261,10 +285,14 @@ EventReport CheckEvents(const std::string& path, EventKind kind, double interval
     } else if (kind == EventKind::Frication && index < halfWindow) {
       ++report.tooCloseToStart;
     }
-    report.beyondEnd += index >= static_cast<double>(length) ? 1 : 0;
+    const bool isBehind = index >= static_cast<double>(length);
+    report.beyondEnd += isBehind ? 1 : 0;
     if (kind == EventKind::Glottal && before && index <= *before) {
       ++report.notIncreasing;
+      heard.DropLast();
     }
+    const double least = kind == EventKind::Frication ? halfWindow : 0.0;
+    heard.Add(values[0], index >= least && !isBehind);
     before = index;
     if (kind != EventKind::Impulse && !report.ignoredRatios) {
       float ratio = 0.0F;
@@ -277,6 +305,7 @@ EventReport CheckEvents(const std::string& path, EventKind kind, double interval
       }
     }
   }
+  report.heard_ms = heard.Take();
   return report;
 }
 

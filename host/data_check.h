@@ -69,6 +69,8 @@ struct EventReport {
   /// Lines on which something after the needed numbers is no number: ratios from there on do
   /// not count. The first such line.
   std::optional<DataFault> ignoredRatios;
+  /// The instants (ms) of the others, which will be heard.
+  std::vector<double> heard_ms;
 };
 
 /// For a signal of `length` samples `interval_ms` apart.

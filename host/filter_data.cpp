@@ -16,6 +16,34 @@ namespace {
 // The library renders no record and no event that begins in a signal's last 1024 samples.
 constexpr std::int64_t UnrenderedTail = 1024;
 
+std::optional<EventKind> EventKindOf(DataKind kind) {
+  switch (kind) {
+    case DataKind::GlottalEvents:
+      return EventKind::Glottal;
+    case DataKind::FricationEvents:
+      return EventKind::Frication;
+    case DataKind::ImpulseEvents:
+      return EventKind::Impulse;
+    case DataKind::RecordedTrack:
+    case DataKind::Pellets:
+    case DataKind::Palate:
+      break;
+  }
+  return std::nullopt;
+}
+
+std::string_view EventWord(EventKind kind) {
+  switch (kind) {
+    case EventKind::Glottal:
+      return "pulse";
+    case EventKind::Frication:
+      return "burst";
+    case EventKind::Impulse:
+      break;
+  }
+  return "impulse";
+}
+
 bool IsExtension(const DataFile& file) { return file.name.starts_with('.'); }
 
 }  // namespace
@@ -69,6 +97,10 @@ void FilterData::Prepare(const DataFile& file, const SignalInfo& fed, Log& log) 
     pellets = path;
   } else if (file.kind == DataKind::Palate) {
     palatePoints = CheckPalate(path).searched;
+  } else if (const std::optional<EventKind> kind = EventKindOf(file.kind)) {
+    const std::int64_t rendered = fed.length - (options.libraryTail ? UnrenderedTail : 0);
+    events = EventInstants{std::string(EventWord(*kind)),
+                           CheckEvents(path, *kind, fed.interval_ms, rendered).heard_ms};
   }
 }
 

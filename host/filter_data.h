@@ -1,6 +1,7 @@
 #ifndef WAVEFILTERS_HOST_FILTER_DATA_H
 #define WAVEFILTERS_HOST_FILTER_DATA_H
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,12 @@ struct DataOptions {
   std::string recording;      // path of the recording; empty where it has none
   bool allowMissing = false;  // a filter whose file is missing runs all the same
   bool libraryTail = false;   // the end of the signal stays as the library leaves it
+};
+
+/// When the events of a filter's file will be heard.
+struct EventInstants {
+  std::string word;  // for one of them: "pulse"
+  std::vector<double> instants_ms;
 };
 
 /// The data files of one filter of a chain, which reads them in silence: here they are found,
@@ -38,6 +45,8 @@ class FilterData {
   std::optional<Gaps> Missing() const;
   /// All data files, found or not.
   const std::vector<std::string>& Files() const { return files; }
+  /// The events that the filter will render; nothing for filters that take none.
+  const std::optional<EventInstants>& Events() const { return events; }
 
  private:
   void Prepare(const DataFile& file, const SignalInfo& fed, Log& log);
@@ -50,8 +59,9 @@ class FilterData {
   std::string who;  // "filter 2 (BeamPel)"
   const DataOptions& options;
   std::vector<std::string> files;
-  SignalInfo signal;              // that the filter is fed
-  std::string pellets;            // their file
+  SignalInfo signal;    // that the filter is fed
+  std::string pellets;  // their file
+  std::optional<EventInstants> events;
   std::int64_t palatePoints = 0;  // that are searched
   bool silenced = false;          // without its data the filter renders nothing
   SignalFolder folder;

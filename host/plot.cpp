@@ -9,13 +9,13 @@
 
 #include "host/audio_input.h"
 #include "host/failure.h"
-#include "host/host_arguments.h"
 #include "host/input_report.h"
 #include "host/make.h"
-#include "host/output_file.h"
+#include "host/plot_chains.h"
 #include "host/plot_drawing.h"
 #include "host/plot_panels.h"
 #include "host/plot_picture.h"
+#include "host/plot_response.h"
 #include "host/recording_source.h"
 #include "host/silent_source.h"
 #include "host/text.h"
@@ -25,41 +25,11 @@ namespace {
 
 using Subjects = PanelMaker::Subjects;
 
-// A chain to be drawn, and what it is called.
-struct NamedChain {
-  std::string name;
-  std::vector<FilterCall> calls;
-};
-
-NamedChain ParseTrack(const std::string& text) {
-  const std::size_t equals = text.find('=');
-  const std::size_t blank = text.find_first_of(" \t");
-  if (equals == std::string::npos || equals == 0 || blank < equals || equals + 1 == text.size()) {
-    Fail(ExitStatus::Usage,
-         "--track '{}': takes a name and a chain, as in --track \"tip=BeamPel column=6 | FIRFilter "
-         "20\"",
-         text);
-  }
-  // A chain is written like a second signal's, without the recording in front.
-  return {text.substr(0, equals), ParseSignal("recording |" + text.substr(equals + 1)).filters};
-}
-
-// The chains asked for, in the order of the picture: the recording as it is comes first.
-std::vector<NamedChain> ParseChains(const PlotRequest& request) {
-  std::vector<NamedChain> chains;
+// The signals to be drawn from top to bottom: the recording as it is comes first.
+std::vector<NamedChain> ParseSignals(const PlotRequest& request) {
+  std::vector<NamedChain> chains = ParseChains(request);
   if (!request.silence_s) {
-    chains.push_back({request.chain.empty() ? "recording" : "before", {}});
-  }
-  if (!request.chain.empty()) {
-    chains.push_back({"after", ReadChain(request.chain)});
-  }
-  for (const std::string& text : request.tracks) {
-    NamedChain track = ParseTrack(text);
-    if (std::ranges::find(chains, track.name, &NamedChain::name) != chains.end()) {
-      Fail(ExitStatus::Usage, "--track {}: there are two signals of that name; choose another",
-           track.name);
-    }
-    chains.push_back(std::move(track));
+    chains.insert(chains.begin(), {request.chain.empty() ? "recording" : "before", {}});
   }
   if (chains.empty()) {
     Fail(ExitStatus::Usage,
@@ -82,38 +52,13 @@ void CheckNumbers(const PlotRequest& request) {
   require("--from", request.from_s.value_or(0.0), 0.0, 1e9, "takes seconds from 0");
   require("--silence", request.silence_s.value_or(1.0), 1e-6, 1e6, "takes seconds above 0");
   require("--rate", request.rate.value_or(1.0), 1.0, 1e6, "a sampling rate is 1 to 1000000 Hz");
-  if (request.silence_s.has_value() != request.rate.has_value()) {
-    Fail(ExitStatus::Usage, "--silence and --rate go together, as in --silence 2 --rate 16000");
-  }
-}
-
-// The recordings that are read: no picture may replace one.
-void CheckTargets(const PlotRequest& request, const std::vector<FilterCall>& calls) {
-  for (const FilterCall& call : calls) {
-    if (call.second) {
-      CheckTarget(request.output, request.force, IdentityOf(call.second->path));
-      CheckTargets(request, call.second->filters);
-    }
-  }
-}
-
-void CheckFiles(const PlotRequest& request, const std::vector<NamedChain>& chains) {
-  if (request.input == "-") {
+  if (!request.response && request.silence_s.has_value() != request.rate.has_value()) {
     Fail(ExitStatus::Usage,
-         "standard input can be read once, a picture takes several readings; name the recording");
+         "--silence and --rate go together, as in --silence 2 --rate 16000; --rate alone goes with "
+         "--response");
   }
-  if (request.layout && request.output == "-") {
-    Fail(ExitStatus::Usage, "--layout writes to standard output; name a file for the picture");
-  }
-  CheckTarget(request.output, request.force,
-              request.silence_s ? std::nullopt : IdentityOf(request.input));
-  for (const NamedChain& chain : chains) {
-    CheckTargets(request, chain.calls);
-  }
-  for (const ChainPart& part : request.chain) {
-    if (part.isFile) {
-      CheckTarget(request.output, request.force, IdentityOf(part.text));
-    }
+  if (request.phase && !request.response) {
+    Fail(ExitStatus::Usage, "--phase goes with --response");
   }
 }
 
@@ -160,10 +105,10 @@ std::string TitleOf(const PlotSubject& subject, const PlotRequest& request) {
     return fmt::format("{}{}, {}", subject.Name() == "before" ? "Before: " : "",
                        BaseName(request.input), RateText(subject.Info()));
   }
-  const std::string name = subject.Name() != "after" ? subject.Name() + ": "
-                           : request.silence_s       ? ""
-                                                     : "After: ";
-  return fmt::format("{}{}{}", name, subject.ChainText(),
+  const std::string name = subject.Name() != MainChain ? subject.Name() + ": "
+                           : request.silence_s         ? ""
+                                                       : "After: ";
+  return fmt::format("{}{}{}", name, ChainText(subject.Calls()),
                      subject.IsTrack() ? "" : ", " + RateText(subject.Info()));
 }
 
@@ -210,15 +155,21 @@ void PullAll(Subjects& subjects, const PanelMaker& maker, const Layout& layout,
 }  // namespace
 
 std::string Plot(const PlotRequest& request) {
-  Log log(request.quiet, ::isatty(STDERR_FILENO) != 0);
   CheckNumbers(request);
-  const std::vector<NamedChain> chains = ParseChains(request);
-  const PictureTarget target = {request.output, request.force,
-                                ChoosePictureFormat(request.output, request.format)};
+  if (request.response) {
+    return PlotResponse(request);
+  }
+  Log log(request.quiet, ::isatty(STDERR_FILENO) != 0);
+  if (request.input == "-") {
+    Fail(ExitStatus::Usage,
+         "standard input can be read once, a picture takes several readings; name the recording");
+  }
+  const std::vector<NamedChain> chains = ParseSignals(request);
+  const PictureTarget target = TargetOf(request);
   const std::optional<PictureSize> size =
       request.size ? std::optional(ParseSize(*request.size)) : std::nullopt;
   const FilterLibrary library(request.library);
-  CheckFiles(request, chains);
+  CheckPictureTarget(request, chains);
 
   Readings readings(request, log);
   const ChainSettings settings = {

@@ -25,7 +25,9 @@ struct PlotRequest {
   double dynamics_dB = 70.0;
   std::optional<double> highest_Hz;
   std::optional<double> silence_s;  // with `rate`, in place of a recording
-  std::optional<double> rate;       // Hz
+  std::optional<double> rate;       // Hz; of the silence, or of a response
+  bool response = false;            // of the chains, in place of signals
+  bool phase = false;
   unsigned seed = 1;
   bool force = false;
   bool quiet = false;
@@ -35,7 +37,8 @@ struct PlotRequest {
   bool libraryTail = false;
 };
 
-/// Draws the recording, what the chain makes of it, and its tracks, as a picture that appears
+/// Draws the recording, what the chain makes of it, and its tracks, or the frequency response of
+/// the chains, as a picture that appears
 /// whole or not at all. Returns what lies where in it, as JSON, where that was asked for.
 /// Fails with the status that the program is to end with.
 std::string Plot(const PlotRequest& request);

@@ -24,7 +24,7 @@ Step NiceStep(const Range& range, int most) {
     for (const double factor : {1.0, 2.0, 5.0}) {
       const double width = factor * std::pow(10.0, power);
       const double count = std::floor(range.high / width) - std::ceil(range.low / width) + 1.0;
-      if (width >= least * (1.0 - 1e-9) && count <= most) {
+      if (count <= most) {
         return {width, std::max(-power, 0)};
       }
     }
@@ -44,6 +44,14 @@ std::string TickLabel(double value, const Step& step, double largest) {
 
 std::string Axis::Text() const {
   return unit.empty() ? label : fmt::format("{} ({})", label, unit);
+}
+
+std::vector<Tick> TicksEvery(double step, const Range& range) {
+  std::vector<Tick> ticks;
+  for (double i = std::ceil(range.low / step); i * step <= range.high; i += 1.0) {
+    ticks.push_back({i * step + 0.0, fmt::format("{:g}", i * step + 0.0)});
+  }
+  return ticks;
 }
 
 std::vector<Tick> NiceTicks(const Range& range, int most) {

@@ -20,6 +20,7 @@ struct Axis {
   std::string label;
   std::string unit;  // empty for a plain number
   Range range = {};
+  double step = 0.0;  // between ticks; 0 where they are to be nice
 
   /// "time (s)".
   std::string Text() const;
@@ -30,6 +31,9 @@ struct Tick {
   double value = 0.0;
   std::string label;
 };
+
+/// Places within the range at multiples of the step.
+std::vector<Tick> TicksEvery(double step, const Range& range);
 
 /// Places within the range at multiples of 1, 2 or 5 times a power of ten: as many as fit, `most`
 /// at the most (2 or more), all with the same number of decimals. None for a range that is

@@ -40,6 +40,9 @@ std::vector<Tick> TicksOfX(const Panel& panel, const Box& box) {
 
 std::vector<Tick> TicksOfY(const Axis& axis, const Box& box) {
   constexpr int PixelsPerTick = 28;
+  if (axis.step > 0.0) {
+    return TicksEvery(axis.step, axis.range);
+  }
   return NiceTicks(axis.range, std::max(box.height / PixelsPerTick, 3));
 }
 
@@ -197,7 +200,7 @@ void DrawKey(Canvas& canvas, const Panel& panel, const Box& box) {
 
 void DrawPanel(Canvas& canvas, const Panel& panel, const Box& box, const Layout& layout,
                double room) {
-  const std::vector<std::string> title = TitleLines(panel.title, layout.size.width);
+  const std::vector<std::string> title = TitleLines(panel.title, box.width);
   double y = box.y - TitleDrop - TitleLineHeight * (static_cast<double>(title.size()) - 1.0) - 4.0;
   for (const std::string& line : title) {
     canvas.Text({1.0 * box.x, y}, line, Anchor::Start, true);
@@ -217,11 +220,11 @@ double BoldWidth(std::string_view text) { return Canvas::TextWidth(text, true); 
 
 }  // namespace
 
-std::vector<std::string> TitleLines(const std::string& title, int pictureWidth) {
+std::vector<std::string> TitleLines(const std::string& title, int plotWidth) {
   if (title.empty()) {
     return {};
   }
-  return WrapTitle(title, PlotWidth(pictureWidth), MostTitleLines, BoldWidth);
+  return WrapTitle(title, plotWidth, MostTitleLines, BoldWidth);
 }
 
 void Draw(Canvas& canvas, const std::vector<Panel>& panels, const Layout& layout) {

@@ -10,8 +10,8 @@
 
 namespace wavechain {
 
-/// The lines that a panel's title takes in a picture of that width; none for an empty title.
-std::vector<std::string> TitleLines(const std::string& title, int pictureWidth);
+/// The lines that a panel's title takes above a panel of that width; none for an empty title.
+std::vector<std::string> TitleLines(const std::string& title, int plotWidth);
 
 /// Draws the panels with their axes, each into its place of the layout.
 void Draw(Canvas& canvas, const std::vector<Panel>& panels, const Layout& layout);

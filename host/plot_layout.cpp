@@ -11,6 +11,7 @@ namespace {
 // Numbers and name of the y axis stand to the left, the colour scale to the right.
 constexpr int LeftMargin = 84;
 constexpr int RightMargin = 92;
+constexpr int PlainRightMargin = 28;
 constexpr int TopMargin = 12;
 constexpr int BottomMargin = 50;  // numbers and name of the x axis
 constexpr int TitleGap = 6;       // between a title and its panel
@@ -26,7 +27,7 @@ int NaturalHeight(PanelKind kind) {
     case PanelKind::Spectrogram:
       return 200;
     case PanelKind::Events:
-      return 24;
+      return 22;
     case PanelKind::Response:
       return 320;
     case PanelKind::Track:
@@ -58,8 +59,9 @@ PictureSize ParseSize(std::string_view text) {
           side(cross == std::string_view::npos ? "" : text.substr(cross + 1))};
 }
 
-int PlotWidth(int pictureWidth) {
-  return std::max(pictureWidth - LeftMargin - RightMargin, LeastWidth);
+int PlotWidth(int pictureWidth, bool hasSpectrogram) {
+  const int right = hasSpectrogram ? RightMargin : PlainRightMargin;
+  return std::max(pictureWidth - LeftMargin - right, 1);
 }
 
 Layout LayOut(const std::vector<PanelPlan>& panels, const std::optional<PictureSize>& wanted) {
@@ -69,20 +71,23 @@ Layout LayOut(const std::vector<PanelPlan>& panels, const std::optional<PictureS
     fixed += SpaceAbove(panel, &panel == panels.data());
     natural += NaturalHeight(panel.kind);
   }
+  const bool hasSpectrogram =
+      std::ranges::find(panels, PanelKind::Spectrogram, &PanelPlan::kind) != panels.end();
   const PictureSize size = wanted.value_or(PictureSize{DefaultWidth, fixed + natural});
   const double stretch = static_cast<double>(size.height - fixed) / natural;
+  const int width = PlotWidth(size.width, hasSpectrogram);
   Layout layout = {.size = size};
   int y = 0;
   for (const PanelPlan& panel : panels) {
     y += SpaceAbove(panel, &panel == panels.data());
     const int height = static_cast<int>(stretch * NaturalHeight(panel.kind));
-    if (height < LeastHeight || size.width - LeftMargin - RightMargin < LeastWidth) {
+    if (height < LeastHeight || width < LeastWidth) {
       Fail(ExitStatus::Usage,
            "--size {}x{}: too small for {}; {}x{} is what they take by themselves", size.width,
            size.height, Counted(static_cast<long long>(panels.size()), "panel"), DefaultWidth,
            fixed + natural);
     }
-    layout.plots.push_back({LeftMargin, y, PlotWidth(size.width), height});
+    layout.plots.push_back({LeftMargin, y, width, height});
     y += height;
   }
   return layout;

@@ -42,8 +42,9 @@ constexpr int TitleLineHeight = 17;
 /// Reads "1200x800"; fails (usage) on anything else and outside 200 to 20000.
 PictureSize ParseSize(std::string_view text);
 
-/// The width that all panels have in a picture of that width.
-int PlotWidth(int pictureWidth);
+/// The width that all panels have in a picture of that width; spectrograms have a scale of
+/// colours beside them.
+int PlotWidth(int pictureWidth, bool hasSpectrogram);
 
 /// Places the panels, each as high as suits its kind, or sharing the height that is wanted in
 /// the same proportions. Fails (usage) where the picture is too small for them.

@@ -27,19 +27,23 @@ PanelMaker::PanelMaker(Subjects& plotted, std::vector<std::string> panelTitles,
       highest_Hz = std::max(highest_Hz, 500.0 / subject->Info().interval_ms);
     }
   }
-  highest_Hz = choices.highest_Hz.value_or(highest_Hz);
+  if (highest_Hz > 0.0) {
+    highest_Hz = choices.highest_Hz.value_or(highest_Hz);
+  }
 }
 
 std::vector<PanelPlan> PanelMaker::Plans(int pictureWidth) const {
+  const int plotWidth = PlotWidth(pictureWidth, highest_Hz > 0.0);
   std::vector<PanelPlan> plans;
   for (std::size_t i = 0; i < subjects.size(); ++i) {
-    const auto lines = static_cast<int>(TitleLines(titles[i], pictureWidth).size());
+    const auto lines = static_cast<int>(TitleLines(titles[i], plotWidth).size());
     if (subjects[i]->IsTrack()) {
       plans.push_back({PanelKind::Track, lines});
     } else {
       plans.push_back({PanelKind::Waveform, lines});
       plans.push_back({PanelKind::Spectrogram, 0});
     }
+    plans.insert(plans.end(), subjects[i]->Events().size(), {PanelKind::Events, 0});
   }
   return plans;
 }
@@ -47,7 +51,7 @@ std::vector<PanelPlan> PanelMaker::Plans(int pictureWidth) const {
 std::size_t PanelMaker::FirstPanelOf(std::size_t subject) const {
   std::size_t panel = 0;
   for (std::size_t i = 0; i < subject; ++i) {
-    panel += subjects[i]->IsTrack() ? 1 : 2;
+    panel += (subjects[i]->IsTrack() ? 1 : 2) + subjects[i]->Events().size();
   }
   return panel;
 }
@@ -77,6 +81,7 @@ std::vector<Panel> PanelMaker::Make(const Layout& layout) const {
       panels.push_back(Waveform(i, amplitudes));
       panels.push_back(Picture(i, layout.plots[panels.size()], levels));
     }
+    AddEvents(i, panels);
   }
   return panels;
 }
@@ -118,6 +123,21 @@ Panel PanelMaker::Waveform(std::size_t subject, const Range& amplitudes) const {
   panel.curves.push_back(LineOf(*subjects[subject], LineColour(0)));
   panel.gaps = subjects[subject]->Line().Gaps();
   return panel;
+}
+
+void PanelMaker::AddEvents(std::size_t subject, std::vector<Panel>& panels) const {
+  for (const EventInstants& events : subjects[subject]->Events()) {
+    Panel panel = Start(PanelKind::Events, subject);
+    panel.name += " " + events.word + "s";
+    panel.y = {events.word + "s", "", {}};
+    for (const double instant_ms : events.instants_ms) {
+      const double instant_s = 0.001 * instant_ms;
+      if (instant_s >= view_s.low && instant_s <= view_s.high) {
+        panel.marks.push_back(instant_s);
+      }
+    }
+    panels.push_back(std::move(panel));
+  }
 }
 
 Panel PanelMaker::Track(std::size_t subject) const {

@@ -20,8 +20,8 @@ struct PanelChoices {
 };
 
 /// The panels of some signals over one stretch of time: a waveform and a spectrogram for each
-/// sound, a track for each measure. Sounds share their scales, so that before and after can be
-/// compared.
+/// sound, a track for each measure, and a row of marks for each file of events. Sounds share their
+/// scales, so that before and after can be compared.
 class PanelMaker {
  public:
   using Subjects = std::vector<std::unique_ptr<PlotSubject>>;
@@ -38,6 +38,7 @@ class PanelMaker {
   std::vector<Panel> Make(const Layout& layout) const;
 
  private:
+  void AddEvents(std::size_t subject, std::vector<Panel>& panels) const;
   std::size_t FirstPanelOf(std::size_t subject) const;
   Panel Start(PanelKind kind, std::size_t subject) const;
   Panel Waveform(std::size_t subject, const Range& amplitudes) const;
@@ -50,7 +51,7 @@ class PanelMaker {
   std::vector<std::string> titles;
   Range view_s;
   PanelChoices choices;
-  double highest_Hz = 0.0;
+  double highest_Hz = 0.0;  // 0 where there is no sound
 };
 
 }  // namespace wavechain

@@ -34,12 +34,13 @@ class PlotSubject {
   const std::vector<FilterCall>& Calls() const { return calls; }
   const SignalInfo& Info() const { return chain->Output(); }
   double Duration_s() const;
+  /// The events that its filters render, a list for each file.
+  const std::vector<EventInstants>& Events() const { return events; }
   /// A measure with a unit of its own, not a sound.
   bool IsTrack() const { return !Info().units.empty(); }
-  /// The chain's filters one after the other, in words; empty for the recording itself.
-  std::string ChainText() const;
 
-  /// Pulls the signal up to the end of the view; `afterBlock` is called after each block, with
+  /// Pulls the signal up to the end of the view; samples that have no data behind them become
+  /// gaps of the line. `afterBlock` is called after each block, with
   /// the time reached (s). Fails (input) as Chain::Pull does.
   void Pull(const Grid& grid, const std::function<void(double time_s)>& afterBlock);
 
@@ -50,11 +51,14 @@ class PlotSubject {
   std::int64_t NonFinite() const { return nonFinite; }
 
  private:
+  void AddToLine(const std::vector<float>& block, int count, std::int64_t start);
+
   std::string name;
   std::vector<FilterCall> calls;
   std::unique_ptr<Chain> chain;
   std::optional<Trace> trace;
   std::optional<Spectrogram> spectrogram;
+  std::vector<EventInstants> events;
   std::int64_t nonFinite = 0;
 };
 

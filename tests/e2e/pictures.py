@@ -82,6 +82,17 @@ class Panel:
         axis = self.entry["y_axis"]
         return (axis["high"] - value) / (axis["high"] - axis["low"]) * self.box["height"] - 0.5
 
+    def ink(self):
+        """How much of a line's colour each pixel has; paper, grid and gaps have none. Lines are smoothed, so
+        that few of their pixels have the very colour."""
+        channels = np.stack([self.pixels >> 16, (self.pixels >> 8) & 255, self.pixels & 255])
+        return channels.max(axis=0) - channels.min(axis=0)
+
+    def middle(self, column):
+        """The row of the middle of what is drawn in a column; not a number where there is nothing."""
+        ink = self.ink()[:, column].astype(float)
+        return float((ink * np.arange(len(ink))).sum() / ink.sum()) if ink.any() else np.nan
+
     def columns_of(self, colour):
         """Columns that have a pixel of this colour."""
         return np.flatnonzero((self.pixels == colour).any(axis=0))

@@ -8,7 +8,7 @@ import unittest
 import xml.etree.ElementTree
 
 import numpy as np
-from pictures import BLUE, GAP, Panel, brightness, read_png
+from pictures import BLUE, GAP, VERMILLION, Panel, brightness, read_png
 from wavechain_runs import SAMPLES, Folder, wavechain
 
 RATE = 16000
@@ -150,6 +150,158 @@ class Sounds(Plots):
         self.assertEqual(panels["tip", "track"].entry["y_axis"]["label"], "mm")
         self.assertEqual(panels["speed", "track"].entry["y_axis"]["label"], "mm/ms")
         self.assertEqual(panels["speed", "track"].entry["title"], "speed: BeamData mode=speed")
+
+
+class Measures(Plots):
+    """take3's third pellet is lost in records 201 to 224: 1-based, each held for 6.866 ms around its time."""
+
+    PERIOD_S = 0.006866
+
+    def lost(self, first, last):
+        """From the start of the first lost record to the start of the next one that is there."""
+        return (first - 1.5) * self.PERIOD_S, (last - 0.5) * self.PERIOD_S
+
+    def test_a_lost_pellet_is_a_gap(self):
+        panel = self.panels(SAMPLES / "take3.wav", "--track", "tip=BeamPel column=6", "--from", 1, "--to", 2)["tip", "track"]
+        begin, end = self.lost(201, 224)
+        grey = panel.columns_of(GAP)
+        self.assertAlmostEqual(grey[0], panel.column(begin), delta=1.5)
+        self.assertAlmostEqual(grey[-1], panel.column(end), delta=1.5)
+        inside = panel.ink()[:, grey[0] + 2 : grey[-1] - 1]
+        self.assertFalse(inside.any(), "the line goes through the gap")
+        drawn = panel.ink().any(axis=0)
+        self.assertTrue(drawn[: grey[0] - 1].all() and drawn[grey[-1] + 2 :].all(), "there is another gap")
+
+    def test_a_measure_has_its_own_gaps(self):
+        panels = self.panels(SAMPLES / "take3.wav", "--track", "lips=BeamData mode=distance a=1 b=2", "--from", 2.5, "--to", 6)
+        panel = panels["lips", "track"]
+        gaps = panel.entry["gaps"]
+        self.assertEqual(len(gaps), 2)
+        for gap, (first, last) in zip(gaps, ((402, 419), (830, 836))):
+            begin, end = self.lost(first, last)
+            self.assertAlmostEqual(gap[0], begin, delta=1e-4)
+            self.assertAlmostEqual(gap[1], end, delta=1e-4)
+
+    def test_values_lie_at_their_rows(self):
+        panel = self.panels(SAMPLES / "take3.wav", "--track", "tip=BeamPel column=6", "--from", 1, "--to", 2)["tip", "track"]
+        positions = np.cumsum(np.loadtxt(SAMPLES / "take3.xyd"), axis=0)[:, 5] / 1000
+        for record in (160, 180, 240, 270):
+            column = round(panel.column((record - 1) * self.PERIOD_S))
+            self.assertAlmostEqual(panel.middle(column), panel.row(positions[record - 1]), delta=1.5)
+
+
+class Events(Plots):
+    def marks(self, filter_name, lines, *arguments):
+        events = self.folder / "events"
+        events.write_text("".join(line + "\n" for line in lines))
+        silence = ("--silence", 0.5, "--rate", RATE)
+        return self.panels(*silence, "-f", f"{filter_name} events={events}", *arguments)
+
+    def check(self, panel, instants):
+        self.assertEqual(panel.entry["marks"], instants)
+        columns = panel.columns_of(VERMILLION)
+        self.assertEqual(len(columns), len(instants))
+        for column, instant in zip(columns, instants):
+            self.assertAlmostEqual(column, panel.column(instant), delta=1)
+
+    def test_impulses_are_marks_at_their_columns(self):
+        panels = self.marks("PulseSyn", ("50 1", "200.5 0.5", "400 1"))
+        self.check(panels["after impulses", "events"], [0.05, 0.2005, 0.4])
+        # And where the signal has them.
+        wave = panels["after", "waveform"]
+        low = np.flatnonzero((wave.pixels[-20:] == BLUE).any(axis=0))
+        self.assertAlmostEqual(low[0], wave.column(0.05), delta=1.5)
+
+    def test_events_that_are_not_heard_are_no_marks(self):
+        # Before the start, behind the end.
+        panels = self.marks("PulseSyn", ("-5 1", "100 1", "700 1"))
+        self.check(panels["after impulses", "events"], [0.1])
+        # Less than half a window behind the start.
+        panels = self.marks("FricSyn", ("3 1 0 0", "100 1 0 0"))
+        self.check(panels["after bursts", "events"], [0.1])
+        # Not before the next one: it has no period.
+        panels = self.marks("GlotSyn", ("100 1 0.5 0.1", "300 1 0.5 0.1", "200 1 0.5 0.1"))
+        self.check(panels["after pulses", "events"], [0.1, 0.2])
+
+    def test_marks_outside_the_view_are_left_out(self):
+        panels = self.marks("PulseSyn", ("50 1", "200 1", "400 1"), "--from", 0.1, "--to", 0.3)
+        self.check(panels["after impulses", "events"], [0.2])
+
+
+class Responses(Plots):
+    def responses(self, *arguments):
+        return self.panels("--response", *arguments)
+
+    def test_the_notch_lies_at_its_frequency(self):
+        for rate, frequency in ((16000, 2500), (48000, 6000)):
+            with self.subTest(rate):
+                chain = f"FIRNotch half_length=200 frequency={frequency}"
+                panel = self.responses("--rate", rate, "-f", chain)["magnitude", "response"]
+                self.assertEqual(panel.entry["x_axis"]["high"], rate / 2000)
+                reached = [np.flatnonzero(column).max(initial=-1) for column in panel.ink().T > 60]
+                deepest = np.flatnonzero(reached == np.max(reached)).mean()
+                self.assertAlmostEqual(deepest, panel.column(frequency / 1000), delta=1.5)
+                # Far from the notch everything passes.
+                self.assertAlmostEqual(panel.middle(20), panel.row(0), delta=1)
+
+    def test_the_curve_is_the_transform_of_the_hamming_average(self):
+        half = 12
+        panel = self.responses("--rate", 1000, "-f", f"FIRFilter half_length={half}")["magnitude", "response"]
+        n = 2 * half + 1
+        window = 0.54 - 0.46 * np.cos(2 * np.pi * np.arange(n) / (n - 1))
+        window /= window.sum()
+        for frequency in (10, 40, 60, 200, 330, 450):
+            gain = abs(np.sum(window * np.exp(-2j * np.pi * frequency / 1000 * np.arange(n))))
+            row = panel.row(20 * np.log10(gain))
+            self.assertAlmostEqual(panel.middle(round(panel.column(frequency))), row, delta=2, msg=str(frequency))
+
+    def test_gains_of_a_chain_add_up(self):
+        one = self.responses("--rate", 8000, "-f", "FIRFilter 20")["magnitude", "response"]
+        two = self.responses("--rate", 8000, "-f", "FIRFilter 20", "-f", "FIRFilter 20")["magnitude", "response"]
+        axis = one.entry["y_axis"]
+        for kilohertz in (0.05, 0.1, 0.15):
+            middle = one.middle(round(one.column(kilohertz))) + 0.5
+            gain = axis["high"] - middle / one.box["height"] * (axis["high"] - axis["low"])
+            self.assertAlmostEqual(two.middle(round(two.column(kilohertz))), two.row(2 * gain), delta=2)
+
+    def test_the_phase_is_that_of_a_filter_without_delay(self):
+        panels = self.responses("--phase", "--rate", 8000, "-f", "FIRFilter 5")
+        phase = panels["phase", "response"]
+        self.assertEqual(phase.entry["y_axis"]["unit"], "degrees")
+        for kilohertz in (0.1, 0.3, 0.5):
+            self.assertAlmostEqual(phase.middle(round(phase.column(kilohertz))), phase.row(0), delta=1)
+
+    def test_several_chains_share_the_axes(self):
+        panel = self.responses("--track", "short=FIRFilter 5", "--track", "long=FIRFilter 50", "--rate", 8000)["magnitude", "response"]
+        self.assertGreater(len(panel.columns_of(BLUE)), 100)
+        self.assertGreater(len(panel.columns_of(VERMILLION)), 100)
+
+    def test_filters_without_a_response_are_refused(self):
+        out = self.folder / "out.png"
+        for chain, why in (
+            ("SineFilter 100", "filter 1 (SineFilter): has no frequency response: it makes a signal of its own"),
+            ("SquareFilter", "it makes a signal of its own"),
+            ("ResampleBlackman rate=8000", "it changes the sampling rate"),
+            ("SumSources with=a.wav", "follows a second signal"),
+            ("EchoCancel with=a.wav", "follows a second signal"),
+            ("BeamPel", "follows its data file"),
+            ("PulseSyn", "follows its data file"),
+        ):
+            with self.subTest(chain):
+                _, said = self.plot("--response", out, "-f", chain, status=1)
+                self.assertIn(why, said)
+        for arguments, why in (
+            (("-f", "FIRFilter 3", "--from", 1), "--from goes with a recording"),
+            (("-f", "FIRFilter 3", "--to", 1), "--to goes with a recording"),
+            (("-f", "FIRFilter 3", "--silence", 1), "--silence and --response exclude each other"),
+            (("-f", "FIRFilter 3", "in.wav"), "with --response there is no recording"),
+            ((), "a response is that of filters"),
+        ):
+            _, said = self.plot("--response", out, *arguments, status=1)
+            self.assertIn(why, said)
+        _, said = self.plot(out, "--phase", "--silence", 1, "--rate", 8000, "-f", "FIRFilter 3", status=1)
+        self.assertIn("--phase goes with --response", said)
+        self.assertFalse(out.exists())
 
 
 class Formats(Plots):

@@ -32,6 +32,7 @@ std::vector<std::string> Labels(const Range& range, int most) {
 TEST(Ticks, StandAtMultiplesOfOneTwoOrFive) {
   EXPECT_THAT(Labels({0.0, 10.3}, 6), ElementsAre("0", "2", "4", "6", "8", "10"));
   EXPECT_THAT(Labels({-0.5, 0.5}, 3), ElementsAre("-0.5", "0.0", "0.5"));
+  EXPECT_THAT(Labels({-0.39, 0.39}, 3), ElementsAre("-0.2", "0.0", "0.2"));
   EXPECT_THAT(Labels({-0.5, 0.5}, 5), ElementsAre("-0.4", "-0.2", "0.0", "0.2", "0.4"));
   EXPECT_THAT(Labels({0.99, 1.02}, 4), ElementsAre("0.99", "1.00", "1.01", "1.02"));
   EXPECT_THAT(Labels({-200000.0, 200000.0}, 5),
@@ -212,7 +213,7 @@ TEST(Layouts, PutPanelsBelowEachOther) {
     int y = 0;
     for (const Box& plot : layout.plots) {
       EXPECT_GE(plot.y, y);
-      EXPECT_EQ(plot.width, PlotWidth(layout.size.width));
+      EXPECT_EQ(plot.width, PlotWidth(layout.size.width, true));
       y = plot.y + plot.height;
     }
     EXPECT_LT(y, layout.size.height);
