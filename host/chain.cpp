@@ -90,7 +90,12 @@ Chain::Chain(const FilterLibrary& filterLibrary, Ref<HostSource> source,
   const SignalInfo recorded = source->Info();
   tail = {Ref<IWaveFilterC>::Adopt(source.Detach()), recorded, {}};
   for (std::size_t i = 0; i < calls.size(); ++i) {
+    const std::size_t first = steps.size();
     Append(calls[i], fmt::format("{}filter {} ({})", settings.place, i + 1, calls[i].kind->name));
+    for (std::size_t k = first; k < steps.size(); ++k) {
+      steps[k].number = i + 1;
+      steps[k].stage = calls[i].conversion ? k - first + 1 : 0;
+    }
   }
   Bridge();
 }
@@ -137,8 +142,11 @@ void Chain::AppendFilter(const FilterCall& call, const std::string& label) {
   CheckAgainstRate(call, label, fed);
 
   const Ref<IWaveFilterC> filter = library.Create(*call.kind);
+  steps.push_back({.call = call});
   if (!call.kind->dataFiles.empty()) {
+    const auto first = static_cast<std::ptrdiff_t>(log.Kept().size());
     data.push_back(std::make_unique<FilterData>(call, label, fed, settings.data, log));
+    steps.back().notes.assign(log.Kept().begin() + first, log.Kept().end());
     const BridgeSettings wanted = data.back()->Feed();
     tail.settings.name = wanted.name;
     tail.settings.silence = wanted.silence;
@@ -165,8 +173,10 @@ void Chain::AppendFilter(const FilterCall& call, const std::string& label) {
     tail.delivered.length = std::max(tail.delivered.length, second->Info().length);
     tail.settings.sources = {&feed, second};
   }
+  const SignalInfo announced = tail.delivered;
   SettleEnd(call, fed);
   SettleGaps(call);
+  NoteStep(call, announced);
 }
 
 // Null for filters of one source.
@@ -213,6 +223,19 @@ void Chain::SettleEnd(const FilterCall& call, const SignalInfo& fed) {
                            NumberText(tail.delivered.fullScale)));
     tail.delivered.units = scale.unit;
     tail.delivered.fullScale = scale.fullScale;
+  }
+}
+
+void Chain::NoteStep(const FilterCall& call, const SignalInfo& announced) {
+  ChainStep& step = steps.back();
+  step.delivered = Amended(tail.delivered, tail.settings);
+  step.libraryUnits = announced.units;
+  step.libraryFullScale = announced.fullScale;
+  if (gaps) {
+    step.missing = gaps->Samples(step.delivered.length);
+  }
+  if (call.second) {
+    step.second = seconds.back().get();
   }
 }
 

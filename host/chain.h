@@ -17,6 +17,24 @@ namespace wavechain {
 
 class SecondSignal;
 
+/// One filter of a chain, as it was set up. A call that became several filters has a step for
+/// each of its stages.
+struct ChainStep {
+  std::size_t number = 0;  // of the call, from 1
+  std::size_t stage = 0;   // from 1; 0 where there is just one filter
+  FilterCall call = {};
+  /// What was said of its data files, by a log that keeps its lines.
+  std::vector<LogLine> notes = {};
+  /// What it hands on, and the library's own label of that.
+  SignalInfo delivered = {};
+  std::string libraryUnits = {};
+  double libraryFullScale = 0.0;
+  /// Samples that have no data behind them; nothing for a signal that does not come from data.
+  std::optional<std::int64_t> missing = std::nullopt;
+  /// Of filters with two sources; the chain holds it.
+  const SecondSignal* second = nullptr;
+};
+
 struct ChainSettings {
   DataOptions data = {};
   /// Second recordings may be cut short.
@@ -42,6 +60,8 @@ class Chain {
   Chain(const Chain&) = delete;
   Chain& operator=(const Chain&) = delete;
 
+  /// The filters in order.
+  const std::vector<ChainStep>& Steps() const { return steps; }
   /// What the chain delivers, as its last filter announces it.
   const SignalInfo& Output() const { return bridges.back()->Info(); }
   /// Which samples of it have no data behind them, where it comes from a track; a signal that
@@ -80,6 +100,7 @@ class Chain {
   BridgeSource* OpenSecond(const FilterCall& call, const std::string& label);
   BridgeSource& Bridge();
   void SettleEnd(const FilterCall& call, const SignalInfo& fed);
+  void NoteStep(const FilterCall& call, const SignalInfo& announced);
   void SettleGaps(const FilterCall& call);
 
   const FilterLibrary& library;
@@ -90,6 +111,7 @@ class Chain {
   // These go after the filters that read them.
   std::vector<std::unique_ptr<FilterData>> data;
   std::vector<std::unique_ptr<SecondSignal>> seconds;
+  std::vector<ChainStep> steps;
   std::vector<std::string> labels;                      // of the filters
   std::vector<wavefilters::Ref<BridgeSource>> bridges;  // one more than filters
 };

@@ -11,14 +11,15 @@
 
 #include "host/audio_format.h"
 #include "host/catalogue_text.h"
+#include "host/check.h"
 #include "host/diff_command.h"
 #include "host/failure.h"
 #include "host/file.h"
 #include "host/filter_library.h"
+#include "host/input_options.h"
 #include "host/interrupt.h"
 #include "host/plot_command.h"
 #include "host/print.h"
-#include "host/raw_format.h"
 #include "host/record_commands.h"
 #include "host/run.h"
 #include "host/skeleton.h"
@@ -53,14 +54,6 @@ void Info(const InfoRequest& request) {
   }
   const bool available = FilterLibrary(request.library).Has(*kind);
   Print(request.json ? InfoJson(*kind, available).dump(2) + "\n" : InfoText(*kind, available));
-}
-
-int ChannelNumber(const std::string& text) {
-  const std::optional<double> number = ParseNumber(text);
-  if (!number || *number < 1.0 || *number > 1e6 || *number != static_cast<int>(*number)) {
-    Fail(ExitStatus::Usage, "--channel {}: takes a whole number from 1", text);
-  }
-  return static_cast<int>(*number);
 }
 
 template <class Entry>
@@ -101,38 +94,20 @@ void AddRun(CLI::App& app, RunRequest& request) {
       "output, which gets the whole file at the end. .csv, .npy and .ssff hold the numbers");
   out->type_name("");
   AddChainOptions(*run, request.chain);
-  run->add_option_function<std::string>(
-         "--channel",
-         [&request](const std::string& text) { request.channel = ChannelNumber(text); },
-         "channel to read, from 1 (files of several)")
-      ->type_name("NUMBER");
+  AddInputOptions(*run, request);
   run->add_option("--encoding", request.encoding,
                   "how samples are stored: " + Choices(Encodings()) +
                       "; float32 by default (pcm24 in FLAC). Integers are scaled by the signal's "
                       "full scale");
   run->add_option("--format", request.format,
                   "kind of file to write, whatever the extension: " + Choices(Containers()));
-  run->add_option("--library", request.library, "filter library to load instead of the usual one");
-  run->add_option("--silence", request.silence_s,
-                  "seconds of silence as input, in place of a recording (with --rate)");
-  run->add_option("--rate", request.rate, "sampling rate of the silence or of raw samples, Hz");
-  run->add_option("-t,--type", request.type,
-                  "IN is raw samples without a header, little-endian, one channel: " +
-                      Choices(RawTypes()) + " (with --rate). So is OUT then, where it is -");
   run->add_option("--seed", request.seed, "of the noise that FricSyn draws; 1 by default");
-  run->add_flag("--allow-missing", request.allowMissing,
-                "run filters whose data files are missing or empty: they add nothing");
-  run->add_flag("--library-tail", request.libraryTail,
-                "leave the last 1024 samples as the library does, which renders nothing that "
-                "begins in them");
   run->add_flag("--no-validity", request.noValidity,
                 "leave out the column of .csv and .ssff files that tells which samples of a track "
                 "have data behind them");
   run->add_flag("--no-record", request.noRecord,
                 "do not note in OUT, or in a .json file beside it, how it was made");
   run->add_flag("--force", request.force, "replace OUT where it exists");
-  run->add_flag("--allow-truncated", request.allowTruncated,
-                "take what is there of a recording that was cut short");
   run->add_flag("-q,--quiet", request.quiet, "say nothing but warnings and errors");
   run->footer(HelpText());
   run->callback([&request, in, out] {
@@ -193,7 +168,7 @@ void RequireKnownCommand(const CLI::App& app, int argc, const char* const* argv)
            Suggestion(name, {names.begin(), names.end()}));
     }
   }
-  const bool mayBeParameter = asked.get_name() == "run" || asked.get_name() == "plot";
+  const bool mayBeParameter = asked.get_option_no_throw("--filter") != nullptr;
   Fail(ExitStatus::Usage, "'{}' is one word too many{}", extras.empty() ? "" : extras.front(),
        mayBeParameter ? "; a filter and its parameters stand in quotes, as in -f \"FIRNotch "
                         "half_length=200\""
@@ -223,6 +198,7 @@ int CommandLine(int argc, const char* const* argv) {
   CatchInterrupts();
   RunRequest run;
   InfoRequest info;
+  CheckCommand check;
   DiffCommand diff;
   RecordCommands records;
   SkeletonCommand skeleton;
@@ -234,6 +210,7 @@ int CommandLine(int argc, const char* const* argv) {
     app.get_formatter()->column_width(26);
     AddRun(app, run);
     AddInfo(app, info);
+    check.AddTo(app);
     diff.AddTo(app);
     records.AddTo(app);
     skeleton.AddTo(app);

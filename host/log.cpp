@@ -8,11 +8,11 @@ namespace wavechain {
 
 void Log::Report(std::string_view line) {
   if (!quiet) {
-    Write(line);
+    Write(false, line);
   }
 }
 
-void Log::Warn(std::string_view line) { Write(line); }
+void Log::Warn(std::string_view line) { Write(true, line); }
 
 void Log::ClearProgress() {
   if (progressShown) {
@@ -41,7 +41,11 @@ void Log::ShowProgress(const std::string& text) {
   progressShown = true;
 }
 
-void Log::Write(std::string_view line) {
+void Log::Write(bool isWarning, std::string_view line) {
+  if (keeps) {
+    kept.push_back({isWarning, OneLine(line)});
+    return;
+  }
   ClearProgress();
   const std::string text = OneLine(line) + "\n";
   std::fwrite(text.data(), 1, text.size(), stderr);

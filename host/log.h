@@ -4,19 +4,30 @@
 #include <chrono>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace wavechain {
+
+/// A line that a log kept.
+struct LogLine {
+  bool isWarning = false;
+  std::string text = {};
+};
 
 /// What the program says on standard error, line by line, and its one line of progress,
 /// which is shown on a terminal only and gives way to every other line.
 class Log {
  public:
   Log(bool isQuiet, bool isTerminal) : quiet(isQuiet), terminal(isTerminal) {}
+  /// Keeps its lines instead of writing them.
+  Log() : keeps(true) {}
   ~Log() { ClearProgress(); }
   Log(const Log&) = delete;
   Log& operator=(const Log&) = delete;
 
   bool Quiet() const { return quiet; }
+  /// The lines so far, of a log that keeps them.
+  const std::vector<LogLine>& Kept() const { return kept; }
   /// A line that -q keeps back.
   void Report(std::string_view line);
   /// A line about something the user must know, with -q too.
@@ -34,10 +45,12 @@ class Log {
  private:
   bool ProgressIsDue();
   void ShowProgress(const std::string& text);
-  void Write(std::string_view line);
+  void Write(bool isWarning, std::string_view line);
 
-  bool quiet;
-  bool terminal;
+  bool quiet = false;
+  bool terminal = false;
+  bool keeps = false;
+  std::vector<LogLine> kept;
   bool progressShown = false;
   std::chrono::steady_clock::time_point lastProgress = {};
 };

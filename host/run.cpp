@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cmath>
 #include <cstdlib>
 #include <memory>
 
@@ -15,12 +14,10 @@
 #include "host/host_arguments.h"
 #include "host/input_report.h"
 #include "host/interrupt.h"
-#include "host/make.h"
 #include "host/output_file.h"
-#include "host/recording_source.h"
+#include "host/run_input.h"
 #include "host/run_record.h"
 #include "host/signal_writer.h"
-#include "host/silent_source.h"
 #include "host/text.h"
 
 namespace wavechain {
@@ -29,41 +26,6 @@ namespace {
 struct Totals {
   std::int64_t samples = 0;
   std::int64_t nonFinite = 0;
-};
-
-// What feeds the chain: a recording, or silence in its place.
-class Input {
- public:
-  explicit Input(const RunRequest& request) {
-    if (request.silence_s) {
-      const double samples = std::round(*request.silence_s * *request.rate);
-      source = wavefilters::Ref<HostSource>::Adopt(
-          Make<SilentSource>(static_cast<std::int64_t>(samples), *request.rate).Detach());
-      return;
-    }
-    file = std::make_unique<AudioInput>(request.input, request.channel, request.allowTruncated,
-                                        "--channel ", ChooseRawLayout(request.type, request.rate));
-    recording = Make<RecordingSource>(*file);
-    source = wavefilters::Ref<HostSource>::Share(recording.Get());
-  }
-
-  HostSource* Source() const { return source.Get(); }
-  std::int64_t NonFinite() const { return recording ? recording->NonFinite() : 0; }
-  std::string Name() const { return file ? file->Name() : "silence"; }
-  double Seconds() const {
-    return 0.001 * source->Info().interval_ms * static_cast<double>(source->Info().length);
-  }
-  void RequireIntact() const {
-    if (file) {
-      file->RequireIntact();
-    }
-  }
-  const AudioInput* File() const { return file.get(); }
-
- private:
-  std::unique_ptr<AudioInput> file;
-  wavefilters::Ref<RecordingSource> recording;
-  wavefilters::Ref<HostSource> source;
 };
 
 // No second signal may be replaced.
@@ -84,7 +46,7 @@ std::string ProgressText(std::int64_t samples, const SignalInfo& signal) {
   return fmt::format("{:5.1f} %  {:.1f} s", percent, seconds);
 }
 
-Totals PullAll(Chain& chain, const Input& input, SignalWriter& writer, Log& log) {
+Totals PullAll(Chain& chain, const RunInput& input, SignalWriter& writer, Log& log) {
   std::vector<float> block(BlockSamples);
   Totals totals;
   // Asked before it is looked for an end: on an empty recording filters still report.
@@ -100,7 +62,7 @@ Totals PullAll(Chain& chain, const Input& input, SignalWriter& writer, Log& log)
   return totals;
 }
 
-void ReportInput(const Input& input, Log& log) {
+void ReportInput(const RunInput& input, Log& log) {
   const SignalInfo& signal = input.Source()->Info();
   if (input.File() == nullptr) {
     log.Report(fmt::format("read   silence: {} Hz, {}", NumberText(1000.0 / signal.interval_ms),
@@ -155,28 +117,6 @@ std::string Comment(const std::vector<FilterCall>& calls, const SignalInfo& sign
   return comment;
 }
 
-void CheckInput(const RunRequest& request) {
-  if (request.silence_s && !request.rate) {
-    Fail(ExitStatus::Usage, "--silence has no rate of its own; add --rate, as in --rate 16000");
-  }
-  if (request.rate && !request.silence_s && !request.type) {
-    Fail(ExitStatus::Usage,
-         "--rate goes with --silence or with -t; a recording's rate is changed by -f "
-         "\"ResampleBlackman rate={}\"",
-         NumberText(*request.rate));
-  }
-  if (request.silence_s && request.type) {
-    Fail(ExitStatus::Usage, "-t and --silence exclude each other: silence has no samples to read");
-  }
-  if (request.silence_s && !(std::isfinite(*request.silence_s) && *request.silence_s >= 0.0)) {
-    Fail(ExitStatus::Usage, "--silence {}: seconds are 0 or more", NumberText(*request.silence_s));
-  }
-  if (request.rate && !(*request.rate >= 1.0 && *request.rate <= 1e6)) {
-    Fail(ExitStatus::Usage, "--rate {}: a sampling rate is 1 to 1000000 Hz",
-         NumberText(*request.rate));
-  }
-}
-
 }  // namespace
 
 void Run(const RunRequest& request) {
@@ -198,7 +138,7 @@ void Run(const RunRequest& request) {
     }
   }
 
-  const Input input(request);
+  const RunInput input(request);
   ReportInput(input, log);
   ReportChain(calls, log);
   const std::string& known = request.recorded ? request.recorded->input : request.input;

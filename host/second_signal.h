@@ -21,6 +21,10 @@ class SecondSignal {
   std::vector<std::string> Files() const;
   /// As Chain::Missing.
   const std::optional<Gaps>& Missing() const { return chain.Missing(); }
+  /// What it is made of.
+  const AudioInput& Recording() const { return input; }
+  const SignalInfo& Source() const { return source->Info(); }
+  const std::vector<ChainStep>& Steps() const { return chain.Steps(); }
   /// The recording's name, for messages.
   const std::string& Name() const { return input.Name(); }
   /// Fails (input) where the recording gave out early or a filter stalls.

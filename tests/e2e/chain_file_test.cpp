@@ -133,7 +133,7 @@ TEST_F(ChainFile, NamesFilesFromItsOwnFolder) {
               Made({"-f", "PulseSyn events='some where/else/clicks.gpm'", "-f",
                     "SumSources with=\"some where/else/noise.wav | PulseSyn "
                     "events='some where/else/clicks.gpm'\"",
-                    "-f", "BeamPel"}));
+                    "-f", "BeamPel data='" + Path("take3.xyd") + "'"}));
   const Outcome run = Wavechain({"run", "take3.wav", "out.wav", "--chain", chain, "-q", "--force"},
                                 {.folder = Path("")});
   EXPECT_EQ(run.status, 0) << run.err;

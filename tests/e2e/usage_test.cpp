@@ -144,10 +144,10 @@ TEST(WavechainUsage, ParametersGoByNameByPositionOrBoth) {
 }
 
 TEST(WavechainUsage, CommandsAndOptionsThatDoNotExistAreNamed) {
-  ExpectUsageError(
-      {},
-      "no command is given; there are run, list, info, diff, show, rerun, skeleton, plot; see "
-      "wavechain --help");
+  ExpectUsageError({},
+                   "no command is given; there are run, list, info, check, diff, show, rerun, "
+                   "skeleton, plot; see "
+                   "wavechain --help");
   ExpectUsageError({"rum"}, "there is no command 'rum'; did you mean run?");
   ExpectUsageError({"--frob"}, "there is no option --frob; there are --help, --version");
   ExpectUsageError({"run", "a", "b", "--chanel", "2", "-f", "SineFilter"},
