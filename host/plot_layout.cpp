@@ -48,10 +48,10 @@ PictureSize ParseSize(std::string_view text) {
   const std::size_t cross = text.find('x');
   const auto side = [&](std::string_view digits) {
     const std::optional<double> number = ParseNumber(digits);
-    if (!number || *number < 200.0 || *number > 20000.0 ||
+    if (!number || *number < 200.0 || *number > 10000.0 ||
         *number != static_cast<double>(static_cast<int>(*number))) {
       Fail(ExitStatus::Usage,
-           "--size {}: takes width and height from 200 to 20000, as in --size 1200x800", text);
+           "--size {}: takes width and height from 200 to 10000, as in --size 1200x800", text);
     }
     return static_cast<int>(*number);
   };

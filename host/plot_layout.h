@@ -39,7 +39,7 @@ struct Layout {
 constexpr int DefaultWidth = 1000;
 constexpr int TitleLineHeight = 17;
 
-/// Reads "1200x800"; fails (usage) on anything else and outside 200 to 20000.
+/// Reads "1200x800"; fails (usage) on anything else and outside 200 to 10000.
 PictureSize ParseSize(std::string_view text);
 
 /// The width that all panels have in a picture of that width; spectrograms have a scale of

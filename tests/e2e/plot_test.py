@@ -3,6 +3,7 @@
 import json
 import os
 import re
+import resource
 import struct
 import unittest
 import xml.etree.ElementTree
@@ -188,6 +189,16 @@ class Measures(Plots):
         for record in (160, 180, 240, 270):
             column = round(panel.column((record - 1) * self.PERIOD_S))
             self.assertAlmostEqual(panel.middle(column), panel.row(positions[record - 1]), delta=1.5)
+
+
+    def test_a_track_without_its_file_is_all_gap(self):
+        recording = self.write_wav(tone(500, 0.5))
+        panel = self.panels(recording, "--track", "tip=BeamPel", "--allow-missing")["tip", "track"]
+        self.assertEqual(panel.entry["gaps"], [[0.0, 0.5]])
+        self.assertGreater((panel.pixels[:10] == GAP).mean(), 0.8)
+        _, said = self.plot(recording, self.folder / "other.png", "--track", "tip=BeamPel", "-q", status=2)
+        self.assertIn("filter 1 (BeamPel): ", said)
+        self.assertIn("there is no such file", said)
 
 
 class Events(Plots):
@@ -421,6 +432,19 @@ class Refusals(Plots):
         self.assertEqual(self.out.read_bytes(), b"mine")
         self.plot(self.recording, self.out, "--force")
         read_png(self.out.read_bytes())
+
+    def test_a_picture_that_cannot_be_written_whole_is_not_there(self):
+        def limit():
+            resource.setrlimit(resource.RLIMIT_FSIZE, (4096, 4096))
+
+        done = wavechain("plot", self.recording, self.out, "-q", preexec_fn=limit)
+        self.assertEqual((done.returncode, done.stderr.count(b"\n")), (3, 1))
+        self.assertIn(b"out.png: cannot be written: File too large", done.stderr)
+        self.assertEqual([path.name for path in self.folder.iterdir() if "part" in path.name], [])
+        self.assertFalse(self.out.exists())
+        done = wavechain("plot", self.recording, self.folder / "no" / "out.png", "-q")
+        self.assertEqual((done.returncode, done.stderr.count(b"\n")), (3, 1))
+        self.assertIn(b"no/out.png: cannot be written: No such file or directory", done.stderr)
 
 
 if __name__ == "__main__":
