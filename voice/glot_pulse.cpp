@@ -67,11 +67,13 @@ template <int Lanes>
 struct Register {
   using Number = float __attribute__((vector_size(16), may_alias));
   using Mask = std::int32_t __attribute__((vector_size(16)));
+  static constexpr int Width = 4;
 };
 template <>
 struct Register<1> {
   using Number = float;
   using Mask = std::int32_t;
+  static constexpr int Width = 1;
 };
 
 // Some pulses of one tract order side by side: a row is a sample, a lane a pulse, and row
@@ -121,8 +123,7 @@ class PulseLanes {
  private:
   using Number = typename Register<Lanes>::Number;
   using Mask = typename Register<Lanes>::Mask;
-  static constexpr int Width = static_cast<int>(sizeof(Number) / sizeof(float));
-  static constexpr int Count = Lanes / Width;
+  static constexpr int Count = Lanes / Register<Lanes>::Width;
   struct Row {
     Number part[Count];
   };
