@@ -39,6 +39,7 @@ constexpr Container AllContainers[] = {
     {"s32", "", SF_FORMAT_RAW, NoLimit, "pcm32", ContainerKind::Raw},
     {"csv", "", 0, NoLimit, "", ContainerKind::Csv},
     {"npy", "", 0, NoLimit, "", ContainerKind::Npy},
+    {"npz", "", 0, NoLimit, "", ContainerKind::Npz},
     {"ssff", "", 0, NoLimit, "", ContainerKind::Ssff},
 };
 

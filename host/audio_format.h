@@ -18,7 +18,7 @@ struct Encoding {
 };
 
 /// Who writes a container: libsndfile (samples without a header, too), or the host itself.
-enum class ContainerKind { Audio, Raw, Csv, Npy, Ssff };
+enum class ContainerKind { Audio, Raw, Csv, Npy, Npz, Ssff };
 
 /// A kind of file that holds a signal.
 struct Container {

@@ -24,6 +24,7 @@
 #include "host/run.h"
 #include "host/skeleton.h"
 #include "host/text.h"
+#include "host/track_run.h"
 
 namespace wavechain {
 namespace {
@@ -91,9 +92,16 @@ void AddRun(CLI::App& app, RunRequest& request) {
   CLI::Option* out = run->add_option(
       "OUT", request.output,
       "file to write, its format from the extension (WAV without one); - is standard "
-      "output, which gets the whole file at the end. .csv, .npy and .ssff hold the numbers");
+      "output, which gets the whole file at the end. .csv, .npy, .npz and .ssff hold the numbers");
   out->type_name("");
   AddChainOptions(*run, request.chain);
+  run->add_option_function<std::string>(
+         "--track",
+         [&request](const std::string& text) { request.tracks.push_back(ParseTrack(text)); },
+         "a chain of its own into a column of its own, once for each column of a .csv, .npz or "
+         ".ssff file; in place of -f")
+      ->trigger_on_parse()
+      ->type_name("NAME=\"FILTER | FILTER\"");
   AddInputOptions(*run, request);
   run->add_option("--encoding", request.encoding,
                   "how samples are stored: " + Choices(Encodings()) +

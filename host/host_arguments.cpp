@@ -156,12 +156,22 @@ SignalText ParseSignal(std::string_view text, const Place& in) {
          in.text, in.text.empty() ? "" : ": ", text);
   }
   signal.path = InFolder(in.folder, signal.path);
-  while (at < text.size()) {
-    const std::size_t next = FindBar(text, at + 1);
-    signal.filters.push_back(ParseFilter(Trimmed(text.substr(at + 1, next - at - 1)), in));
-    at = next;
+  if (at < text.size()) {
+    signal.filters = ParseFilters(text.substr(at + 1), in);
   }
   return signal;
+}
+
+std::vector<FilterCall> ParseFilters(std::string_view text, const Place& in) {
+  std::vector<FilterCall> filters;
+  std::size_t at = 0;
+  std::size_t next = 0;
+  do {
+    next = FindBar(text, at);
+    filters.push_back(ParseFilter(Trimmed(text.substr(at, next - at)), in));
+    at = next + 1;
+  } while (next < text.size());
+  return filters;
 }
 
 void UnderstandHostArguments(FilterCall& call, const FilterText& written) {

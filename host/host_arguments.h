@@ -26,6 +26,10 @@ struct SignalText {
 /// where there is no file name, or "-", and where a filter is not understood.
 SignalText ParseSignal(std::string_view text, const Place& in = {});
 
+/// Understands "FILTER | FILTER ..." with the same rules for bars. Fails (usage) where a filter is
+/// not understood.
+std::vector<FilterCall> ParseFilters(std::string_view text, const Place& in = {});
+
 /// Understands what the call gives for the host's own arguments rate, quality, with and
 /// channel. Fails (usage) on values that they do not take, and where they contradict the
 /// filter's parameters; `written` is what the call was made of.

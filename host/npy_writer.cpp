@@ -8,20 +8,19 @@ namespace wavechain {
 
 static_assert(std::endian::native == std::endian::little, "NumPy files are written as they lie");
 
-std::string NpyHeader(std::string_view type, std::int64_t length) {
+std::string NpyHeader(std::string_view type, std::string_view shape) {
   constexpr std::size_t Size = 128;
   std::string header("\x93NUMPY\x01\x00", 8);
   header += static_cast<char>(Size - 10);
   header += '\0';
-  header +=
-      fmt::format("{{'descr': '{}', 'fortran_order': False, 'shape': ({},), }}", type, length);
+  header += fmt::format("{{'descr': '{}', 'fortran_order': False, 'shape': {}, }}", type, shape);
   header.resize(Size - 1, ' ');
   return header + '\n';
 }
 
 NpyWriter::NpyWriter(int fileDescriptor, std::string fileName, Table described)
     : TableWriter(fileDescriptor, std::move(fileName), std::move(described)) {
-  const std::string header = NpyHeader("<f4", 0);
+  const std::string header = NpyHeader("<f4", "(0,)");
   Put(header.data(), header.size());
 }
 
@@ -32,7 +31,7 @@ void NpyWriter::Write(std::span<const ColumnBlock> blocks, int rows) {
 
 void NpyWriter::Close() {
   // Only now is the length known; the header has kept room for any.
-  const std::string header = NpyHeader("<f4", total);
+  const std::string header = NpyHeader("<f4", fmt::format("({},)", total));
   PutAt(0, header.data(), header.size());
 }
 

@@ -9,9 +9,9 @@
 
 namespace wavechain {
 
-/// The header of a NumPy array with one axis (format version 1.0), of the same size for every
-/// length. `type` is NumPy's, as "<f4".
-std::string NpyHeader(std::string_view type, std::int64_t length);
+/// The header of a NumPy array (format version 1.0), of the same size for every length. Type and
+/// shape are NumPy's, as "<f4" and "(100,)".
+std::string NpyHeader(std::string_view type, std::string_view shape);
 
 /// A NumPy array of 32-bit floats with one axis (little-endian): the table's one column without
 /// its validity, for which an array of numbers has no place.

@@ -19,6 +19,17 @@ FileRecord FileFrom(const Object& json) {
   return file;
 }
 
+Object TracksJson(const std::vector<TrackRecord>& tracks) {
+  auto json = Object::array();
+  for (const TrackRecord& track : tracks) {
+    json.push_back({{"name", track.name},
+                    {"filters", track.filters},
+                    {"unit", track.unit},
+                    {"full_scale", track.fullScale}});
+  }
+  return json;
+}
+
 template <class Value>
 void PutIf(Object& json, const char* key, const std::optional<Value>& value) {
   if (value) {
@@ -59,7 +70,15 @@ Provenance Taken(const Object& json) {
   if (!record.silence_s) {
     record.input = FileFrom(input);
   }
-  record.filters = json.at("filters").get<std::vector<std::string>>();
+  if (json.contains("tracks")) {
+    for (const Object& track : json.at("tracks")) {
+      record.tracks.push_back({track.at("name").get<std::string>(),
+                               track.at("filters").get<std::vector<std::string>>(),
+                               track.at("unit").get<std::string>()});
+    }
+  } else {
+    record.filters = json.at("filters").get<std::vector<std::string>>();
+  }
   for (const Object& file : json.at("files")) {
     record.files.push_back(FileFrom(file));
   }
@@ -67,7 +86,7 @@ Provenance Taken(const Object& json) {
   const Object& output = json.at("output");
   record.format = output.at("format").get<std::string>();
   record.encoding = TakenIf<std::string>(output, "encoding");
-  record.unit = output.at("unit").get<std::string>();
+  record.unit = output.value("unit", "");
   return record;
 }
 
@@ -92,10 +111,17 @@ Object Provenance::Json() const {
   PutFlag(options, "no_validity", noValidity);
   Object outputJson = {{"format", format}};
   PutIf(outputJson, "encoding", encoding);
-  outputJson["unit"] = unit;
-  outputJson["full_scale"] = fullScale;
-  return {{"wavechain", program}, {"library", libraryJson}, {"input", inputJson},
-          {"filters", filters},   {"files", filesJson},     {"options", options},
+  if (tracks.empty()) {
+    outputJson["unit"] = unit;
+    outputJson["full_scale"] = fullScale;
+  }
+  return {{"wavechain", program},
+          {"library", libraryJson},
+          {"input", inputJson},
+          tracks.empty() ? Object::array({"filters", filters})
+                         : Object::array({"tracks", TracksJson(tracks)}),
+          {"files", filesJson},
+          {"options", options},
           {"output", outputJson}};
 }
 

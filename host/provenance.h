@@ -14,6 +14,14 @@ struct FileRecord {
   std::optional<std::string> sha256;  // nothing where it could not be read
 };
 
+/// One of several chains that went over one recording.
+struct TrackRecord {
+  std::string name;
+  std::vector<std::string> filters;
+  std::string unit;
+  double fullScale = 0.0;
+};
+
 /// How an output was made: everything that it takes to make it again, and nothing of the time and
 /// the place.
 struct Provenance {
@@ -26,7 +34,8 @@ struct Provenance {
   std::optional<double> silence_s;
   std::optional<double> rate;
   std::vector<std::string> filters;
-  std::vector<FileRecord> files;  // data files and second signals
+  std::vector<TrackRecord> tracks;  // in place of the filters
+  std::vector<FileRecord> files;    // data files and second signals
   unsigned seed = 1;
   int block = 0;
   bool allowTruncated = false;

@@ -1,3 +1,5 @@
+#include <fmt/ranges.h>
+
 #include "host/failure.h"
 #include "host/provenance.h"
 #include "host/text.h"
@@ -39,6 +41,11 @@ std::string ProvenanceText(const Provenance& record) {
                                  record.program, FileText(record.library), InputText(record));
   for (std::size_t i = 0; i < record.filters.size(); ++i) {
     text += fmt::format("{}  {}\n", i == 0 ? "chain  " : "       ", OneLine(record.filters[i]));
+  }
+  for (const TrackRecord& track : record.tracks) {
+    text += fmt::format("track    {}: {}{}\n", track.name,
+                        OneLine(fmt::format("{}", fmt::join(track.filters, " | "))),
+                        track.unit.empty() ? "" : ", unit " + OneLine(track.unit));
   }
   for (std::size_t i = 0; i < record.files.size(); ++i) {
     text += fmt::format("{}  {}\n", i == 0 ? "files  " : "       ", FileText(record.files[i]));

@@ -1,9 +1,12 @@
+#include <archive.h>
+#include <archive_entry.h>
 #include <fcntl.h>
 
-#include <array>
-#include <cctype>
+#include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 
 #include "host/failure.h"
 #include "host/file.h"
@@ -16,6 +19,7 @@ namespace {
 
 using Object = nlohmann::ordered_json;
 
+constexpr std::size_t WholeLimit = 1 << 22;  // of a record, in bytes
 constexpr std::string_view RecordStart = "{\"wavechain\":";
 
 std::string SoundComment(const std::string& path) {
@@ -44,10 +48,30 @@ std::string SsffComment(const std::string& path) {
   return "";
 }
 
+// A member of a file of arrays; nothing in other files.
+std::string NpzComment(const std::string& path) {
+  const std::unique_ptr<archive, decltype(&::archive_read_free)> zip(::archive_read_new(),
+                                                                     &::archive_read_free);
+  constexpr std::size_t BlockBytes = 1 << 16;
+  ::archive_read_support_format_zip_seekable(zip.get());
+  if (::archive_read_open_filename(zip.get(), path.c_str(), BlockBytes) != ARCHIVE_OK) {
+    return "";
+  }
+  archive_entry* entry = nullptr;
+  while (::archive_read_next_header(zip.get(), &entry) == ARCHIVE_OK) {
+    if (std::string_view(::archive_entry_pathname(entry)) == "record.json") {
+      std::string text(WholeLimit, '\0');
+      const la_ssize_t came = ::archive_read_data(zip.get(), text.data(), text.size());
+      text.resize(static_cast<std::size_t>(std::max<la_ssize_t>(came, 0)));
+      return text;
+    }
+  }
+  return "";
+}
+
 std::string WholeFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
-  constexpr std::size_t Longest = 1 << 22;
-  std::string text(Longest, '\0');
+  std::string text(WholeLimit, '\0');
   file.read(text.data(), static_cast<std::streamsize>(text.size()));
   text.resize(static_cast<std::size_t>(file.gcount()));
   return text;
@@ -75,6 +99,9 @@ Object ReadRecord(const std::string& path) {
          std::filesystem::is_directory(path) ? "it is a folder" : SystemText(errno));
   }
   if (auto inside = InComment(SsffComment(path))) {
+    return *inside;
+  }
+  if (auto inside = InComment(NpzComment(path))) {
     return *inside;
   }
   if (auto inside = InComment(SoundComment(path))) {

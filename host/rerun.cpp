@@ -1,5 +1,6 @@
 #include "host/rerun.h"
 
+#include <fmt/ranges.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -109,6 +110,9 @@ RunRequest AsRun(const Provenance& record, const RerunRequest& request) {
   run.recorded = {record.input ? record.input->name : "", record.givenLibrary};
   for (const std::string& filter : record.filters) {
     run.chain.push_back({false, filter});
+  }
+  for (const TrackRecord& track : record.tracks) {
+    run.tracks.push_back({track.name, fmt::format("{}", fmt::join(track.filters, " | "))});
   }
   run.library = request.library;
   run.channel = record.channel;

@@ -4,21 +4,23 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdlib>
 #include <memory>
 
-#include "host/audio_input.h"
 #include "host/audio_writer.h"
 #include "host/chain.h"
 #include "host/failure.h"
-#include "host/host_arguments.h"
 #include "host/input_report.h"
 #include "host/interrupt.h"
 #include "host/output_file.h"
+#include "host/recording_source.h"
 #include "host/run_input.h"
 #include "host/run_record.h"
+#include "host/run_steps.h"
 #include "host/signal_writer.h"
 #include "host/text.h"
+#include "host/track_run.h"
 
 namespace wavechain {
 namespace {
@@ -27,16 +29,6 @@ struct Totals {
   std::int64_t samples = 0;
   std::int64_t nonFinite = 0;
 };
-
-// No second signal may be replaced.
-void CheckTargets(const RunRequest& request, const std::vector<FilterCall>& calls) {
-  for (const FilterCall& call : calls) {
-    if (call.second) {
-      CheckTarget(request.output, request.force, IdentityOf(call.second->path));
-      CheckTargets(request, call.second->filters);
-    }
-  }
-}
 
 std::string ProgressText(std::int64_t samples, const SignalInfo& signal) {
   const double seconds = 0.001 * signal.interval_ms * static_cast<double>(samples);
@@ -62,16 +54,6 @@ Totals PullAll(Chain& chain, const RunInput& input, SignalWriter& writer, Log& l
   return totals;
 }
 
-void ReportInput(const RunInput& input, Log& log) {
-  const SignalInfo& signal = input.Source()->Info();
-  if (input.File() == nullptr) {
-    log.Report(fmt::format("read   silence: {} Hz, {}", NumberText(1000.0 / signal.interval_ms),
-                           LengthText(signal.length, signal.interval_ms)));
-    return;
-  }
-  ReportInput(*input.File(), log);
-}
-
 void WarnOfOutput(const std::string& name, const Totals& totals, const SignalWriter& writer,
                   Log& log) {
   WarnOfOddSamples(
@@ -84,20 +66,6 @@ void WarnOfOutput(const std::string& name, const Totals& totals, const SignalWri
   if (writer.RateRounded()) {
     log.Warn(fmt::format("warning: {}: its sampling rate is rounded to {} Hz", name,
                          NumberText(writer.Rate())));
-  }
-}
-
-void ReportChain(const std::vector<FilterCall>& calls, Log& log) {
-  for (std::size_t i = 0; i < calls.size(); ++i) {
-    log.Report(fmt::format("{}  {}", i == 0 ? "chain" : "     ", calls[i].Text()));
-  }
-}
-
-// Where an output has no place for it, the report alone tells missing data from zeros.
-void ReportMissing(const Chain& chain, std::int64_t samples, Log& log) {
-  if (const std::int64_t missing = chain.Missing() ? chain.Missing()->Samples(samples) : 0) {
-    log.Report(fmt::format("gaps   {} of {} have no data behind them and are no measurement",
-                           missing, Counted(samples, "sample")));
   }
 }
 
@@ -120,6 +88,10 @@ std::string Comment(const std::vector<FilterCall>& calls, const SignalInfo& sign
 }  // namespace
 
 void Run(const RunRequest& request) {
+  if (!request.tracks.empty()) {
+    RunTracks(request);
+    return;
+  }
   const auto start = std::chrono::steady_clock::now();
   Log log(request.quiet, ::isatty(STDERR_FILENO) != 0);
   const std::vector<FilterCall> calls = ReadChain(request.chain);
@@ -129,8 +101,6 @@ void Run(const RunRequest& request) {
       ChooseFormat(request.output, rawThrough ? request.type : request.format, request.encoding);
   const FilterLibrary library(request.library);
   CheckInput(request);
-  CheckTarget(request.output, request.force,
-              request.input == "-" ? IdentityOf(STDIN_FILENO) : IdentityOf(request.input));
   CheckTargets(request, calls);
   for (const ChainPart& part : request.chain) {
     if (part.isFile) {
@@ -140,21 +110,20 @@ void Run(const RunRequest& request) {
 
   const RunInput input(request);
   ReportInput(input, log);
-  ReportChain(calls, log);
-  const std::string& known = request.recorded ? request.recorded->input : request.input;
-  const DataOptions data = {known == "-" ? "" : known, request.allowMissing, request.libraryTail};
+  ReportChain(calls, "chain", log);
   Chain chain(library, wavefilters::Ref<HostSource>::Share(input.Source()), calls,
-              {.data = data, .allowTruncated = request.allowTruncated}, log);
+              SettingsOf(request), log);
   const auto output = OpenOutput(request.output, request.force);
   if (format.IsSound()) {
     RequireRoom(output->Name(), format, chain.Output().length);
   }
   const std::string words = Comment(calls, chain.Output());
-  RecordKeeper record =
-      request.noRecord
-          ? RecordKeeper(words)
-          : RecordKeeper(request, format,
-                         RecordOf(request, format, calls, library, chain, input.File()), words);
+  RecordKeeper record(words);
+  if (!request.noRecord) {
+    Provenance provenance = RecordOf(request, format, library, input.File());
+    RecordChain(calls, chain, provenance);
+    record = RecordKeeper(request, format, provenance, words);
+  }
   const auto writer =
       MakeWriter(output->Descriptor(), output->Name(), format, chain.Output(),
                  request.noValidity ? std::nullopt : chain.Missing(), record.Comment());
@@ -167,12 +136,8 @@ void Run(const RunRequest& request) {
   WarnOfOddSamples(input.Name(), input.NonFinite(), log);
   chain.WarnOfInputs();
   WarnOfOutput(output->Name(), totals, *writer, log);
-  ReportMissing(chain, totals.samples, log);
-  if (record.Lost()) {
-    log.Report(fmt::format("record {}: {} has no room to tell how it was made", output->Name(),
-                           format.container->name));
-  }
-  record.Commit();
+  ReportMissing(chain, "", totals.samples, log);
+  record.Commit(output->Name(), format, log);
   output->Commit();
 
   log.Report(fmt::format("write  {}: {}, {} Hz, {}", output->Name(), format.Text(),

@@ -19,11 +19,18 @@ struct RecordedNames {
   std::optional<std::string> library;
 };
 
+/// A chain as written for --track, and the name of what comes out of it.
+struct TrackText {
+  std::string name;
+  std::string chain;  // "FILTER | FILTER ..."
+};
+
 /// What `wavechain run` was asked for.
 struct RunRequest {
   std::string input;   // a path, or "-"; empty where silence is the input
   std::string output;  // a path, or "-"
   std::vector<ChainPart> chain;
+  std::vector<TrackText> tracks;  // in place of the chain: several, side by side
   std::optional<std::string> library;
   std::optional<int> channel;
   std::optional<std::string> format;

@@ -32,15 +32,22 @@ void CheckInput(const RunRequest& request) {
   }
 }
 
-RunInput::RunInput(const RunRequest& request) {
+RunInput::RunInput(const RunRequest& request) { Open(request, request.input); }
+
+RunInput::RunInput(const RunRequest& request, const RunInput& first) {
+  // Opened by its descriptor a file is read from its start, whatever has become of its name.
+  Open(request, first.file ? fmt::format("/proc/self/fd/{}", first.file->Descriptor()) : "");
+}
+
+void RunInput::Open(const RunRequest& request, const std::string& path) {
   if (request.silence_s) {
     const double samples = std::round(*request.silence_s * *request.rate);
     source = wavefilters::Ref<HostSource>::Adopt(
         Make<SilentSource>(static_cast<std::int64_t>(samples), *request.rate).Detach());
     return;
   }
-  file = std::make_unique<AudioInput>(request.input, request.channel, request.allowTruncated,
-                                      "--channel ", ChooseRawLayout(request.type, request.rate));
+  file = std::make_unique<AudioInput>(path, request.channel, request.allowTruncated, "--channel ",
+                                      ChooseRawLayout(request.type, request.rate));
   recording = Make<RecordingSource>(*file);
   source = wavefilters::Ref<HostSource>::Share(recording.Get());
 }

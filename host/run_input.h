@@ -18,6 +18,8 @@ class RunInput {
  public:
   /// Opens the recording. Fails as AudioInput and ChooseRawLayout do.
   explicit RunInput(const RunRequest& request);
+  /// The same recording once more, from its start on, also where it came through a pipe.
+  RunInput(const RunRequest& request, const RunInput& first);
 
   HostSource* Source() const { return source.Get(); }
   std::int64_t NonFinite() const { return recording ? recording->NonFinite() : 0; }
@@ -32,6 +34,8 @@ class RunInput {
   const AudioInput* File() const { return file.get(); }
 
  private:
+  void Open(const RunRequest& request, const std::string& path);
+
   std::unique_ptr<AudioInput> file;
   wavefilters::Ref<RecordingSource> recording;
   wavefilters::Ref<HostSource> source;

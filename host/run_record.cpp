@@ -16,7 +16,8 @@ namespace {
 constexpr std::size_t LongestComment = 2000;
 
 bool HasRoom(const OutputFormat& format, const std::string& comment) {
-  if (format.container->kind == ContainerKind::Ssff) {
+  if (format.container->kind == ContainerKind::Ssff ||
+      format.container->kind == ContainerKind::Npz) {
     return true;
   }
   const int type = format.container->type;
@@ -31,21 +32,26 @@ FileRecord LibraryRecord(const std::string& path) {
   return {(error ? std::filesystem::path(path) : real).filename().string(), Sha256(path)};
 }
 
-std::vector<FileRecord> FileRecords(const std::vector<std::string>& paths) {
-  std::vector<FileRecord> files;
+void RecordFiles(const std::vector<std::string>& paths, std::vector<FileRecord>& files) {
   for (const std::string& path : paths) {
     if (std::ranges::find(files, path, &FileRecord::name) == files.end()) {
       files.push_back({path, Sha256(path)});
     }
   }
-  return files;
+}
+
+std::vector<std::string> Texts(const std::vector<FilterCall>& calls) {
+  std::vector<std::string> texts;
+  for (const FilterCall& call : calls) {
+    texts.push_back(call.Text());
+  }
+  return texts;
 }
 
 }  // namespace
 
 Provenance RecordOf(const RunRequest& request, const OutputFormat& format,
-                    const std::vector<FilterCall>& calls, const FilterLibrary& library,
-                    const Chain& chain, const AudioInput* file) {
+                    const FilterLibrary& library, const AudioInput* file) {
   Provenance record;
   record.program = WAVECHAIN_VERSION;
   record.library = LibraryRecord(library.Path());
@@ -58,10 +64,6 @@ Provenance RecordOf(const RunRequest& request, const OutputFormat& format,
   record.type = request.type;
   record.silence_s = request.silence_s;
   record.rate = request.rate;
-  for (const FilterCall& call : calls) {
-    record.filters.push_back(call.Text());
-  }
-  record.files = FileRecords(chain.Files());
   record.seed = request.seed;
   record.block = BlockSamples;
   record.allowTruncated = request.allowTruncated;
@@ -72,14 +74,25 @@ Provenance RecordOf(const RunRequest& request, const OutputFormat& format,
   if (format.IsSound()) {
     record.encoding = std::string(format.encoding->name);
   }
+  return record;
+}
+
+void RecordChain(const std::vector<FilterCall>& calls, const Chain& chain, Provenance& record) {
+  record.filters = Texts(calls);
   record.unit = chain.Output().units;
   record.fullScale = chain.Output().fullScale;
-  return record;
+  RecordFiles(chain.Files(), record.files);
+}
+
+void RecordTrack(const std::string& name, const std::vector<FilterCall>& calls, const Chain& chain,
+                 Provenance& record) {
+  record.tracks.push_back({name, Texts(calls), chain.Output().units, chain.Output().fullScale});
+  RecordFiles(chain.Files(), record.files);
 }
 
 RecordKeeper::RecordKeeper(const RunRequest& request, const OutputFormat& format,
                            const Provenance& record, const std::string& words)
-    : comment(CommentOf(words, record)) {
+    : comment(CommentOf(format.container->kind == ContainerKind::Npz ? "" : words, record)) {
   if (HasRoom(format, comment)) {
     return;
   }
@@ -101,7 +114,11 @@ RecordKeeper::RecordKeeper(const RunRequest& request, const OutputFormat& format
   }
 }
 
-void RecordKeeper::Commit() {
+void RecordKeeper::Commit(const std::string& name, const OutputFormat& format, Log& log) {
+  if (lost) {
+    log.Report(fmt::format("record {}: {} has no room to tell how it was made", name,
+                           format.container->name));
+  }
   if (beside) {
     beside->Commit();
   }

@@ -14,11 +14,15 @@
 
 namespace wavechain {
 
-/// The record of a run whose chain is ready. Reads every file once to its end, for its hash.
-/// `file` is null for silence.
+/// The record of a run, without its chain. Reads recording and library once to their ends, for
+/// their hashes. `file` is null for silence.
 Provenance RecordOf(const RunRequest& request, const OutputFormat& format,
-                    const std::vector<FilterCall>& calls, const FilterLibrary& library,
-                    const Chain& chain, const AudioInput* file);
+                    const FilterLibrary& library, const AudioInput* file);
+/// Adds the filters of a chain, and hashes what it reads.
+void RecordChain(const std::vector<FilterCall>& calls, const Chain& chain, Provenance& record);
+/// The same for one of several chains.
+void RecordTrack(const std::string& name, const std::vector<FilterCall>& calls, const Chain& chain,
+                 Provenance& record);
 
 /// Where a run's record goes: into the output's comment where the format has one that is long
 /// enough, otherwise into a file beside the output. It appears when the output does.
@@ -33,10 +37,9 @@ class RecordKeeper {
 
   /// What goes into the output's comment.
   const std::string& Comment() const { return comment; }
-  /// The record was wanted, but there is no place for it: the output is standard output.
-  bool Lost() const { return lost; }
-  /// Completes the file beside the output. Fails (output) where that is not possible.
-  void Commit();
+  /// Completes the file beside the output; reports where there is no place at all, since the
+  /// output is standard output. Fails (output) where that is not possible.
+  void Commit(const std::string& name, const OutputFormat& format, Log& log);
 
  private:
   std::string comment;

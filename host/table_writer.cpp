@@ -9,6 +9,7 @@
 #include "host/file.h"
 #include "host/interrupt.h"
 #include "host/npy_writer.h"
+#include "host/npz_writer.h"
 #include "host/ssff_writer.h"
 
 namespace wavechain {
@@ -34,6 +35,9 @@ std::unique_ptr<TableWriter> MakeTableWriter(ContainerKind kind, int descriptor,
                                              const std::string& name, Table table) {
   if (kind == ContainerKind::Csv) {
     return std::make_unique<CsvWriter>(descriptor, name, std::move(table));
+  }
+  if (kind == ContainerKind::Npz) {
+    return std::make_unique<NpzWriter>(descriptor, name, std::move(table));
   }
   if (kind == ContainerKind::Ssff) {
     return std::make_unique<SsffWriter>(descriptor, name, std::move(table));

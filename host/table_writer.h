@@ -50,13 +50,13 @@ class TableWriter {
   /// Fails (output) where the bytes cannot all be written.
   void Put(const void* bytes, std::size_t count) const;
   void PutAt(long offset, const void* bytes, std::size_t count) const;
+  int Descriptor() const { return descriptor; }
+  [[noreturn]] void Refuse(int error) const;
 
   Table table;
   std::int64_t total = 0;  // rows
 
  private:
-  [[noreturn]] void Refuse(int error) const;
-
   int descriptor;
   std::string name;
 };

@@ -1,0 +1,28 @@
+#ifndef WAVEFILTERS_HOST_RUN_STEPS_H
+#define WAVEFILTERS_HOST_RUN_STEPS_H
+
+#include <string>
+#include <vector>
+
+#include "host/chain.h"
+#include "host/run_input.h"
+
+namespace wavechain {
+
+// What running one chain and running several side by side have in common.
+
+/// Fails (output) where the output may not be written, or is the input or a second signal.
+void CheckTargets(const RunRequest& request, const std::vector<FilterCall>& calls);
+
+/// How a chain finds its data, `place` leading its messages.
+ChainSettings SettingsOf(const RunRequest& request, const std::string& place = "");
+
+/// The lines of report about the input, about the filters (behind a head of seven characters), and
+/// about samples without data, where an output may have no place to tell them from zeros.
+void ReportInput(const RunInput& input, Log& log);
+void ReportChain(const std::vector<FilterCall>& calls, const std::string& name, Log& log);
+void ReportMissing(const Chain& chain, const std::string& name, std::int64_t samples, Log& log);
+
+}  // namespace wavechain
+
+#endif
