@@ -16,7 +16,9 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr int BlockFrames = 4096;
+// A block stays small whatever number of channels a header claims.
+constexpr int MostFrames = 4096;
+constexpr int MostSamples = 1 << 20;
 
 // One of the two files, as far as it has been read.
 struct Side {
@@ -26,9 +28,10 @@ struct Side {
   std::int64_t length = 0;
 
   void Read() {
-    block.resize(static_cast<std::size_t>(BlockFrames) *
-                 static_cast<std::size_t>(reader->Channels()));
-    came = reader->Read(block.data(), BlockFrames);
+    const int channels = reader->Channels();
+    const int frames = std::clamp(MostSamples / channels, 1, MostFrames);
+    block.resize(static_cast<std::size_t>(frames) * static_cast<std::size_t>(channels));
+    came = reader->Read(block.data(), frames);
     length += came;
   }
 };

@@ -51,10 +51,13 @@ void SsffReader::AddColumn(const std::string& column, const std::string& type, i
                     : type == "DOUBLE" ? Kind::Double
                     : type == "SHORT"  ? Kind::Short
                                        : Kind::Long;
-  constexpr int MostNumbers = 1 << 16;
-  if ((kind == Kind::Long && type != "LONG") || count < 1 || count > MostNumbers) {
+  if ((kind == Kind::Long && type != "LONG") || count < 1) {
     Fail(ExitStatus::Input, "{}: column {} holds {}, not FLOAT, DOUBLE, SHORT or LONG", Name(),
          OneLine(column), OneLine(type));
+  }
+  constexpr std::size_t MostNumbers = 1 << 16;
+  if (numbers.size() + static_cast<std::size_t>(count) > MostNumbers) {
+    Fail(ExitStatus::Input, "{}: its records hold more than {} numbers", Name(), MostNumbers);
   }
   const std::size_t size = kind == Kind::Double ? 8 : kind == Kind::Short ? 2 : 4;
   numbers.insert(numbers.end(), static_cast<std::size_t>(count), kind);

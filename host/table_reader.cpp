@@ -60,7 +60,11 @@ std::size_t HeaderSize(std::ifstream& file) {
   file.read(reinterpret_cast<char*>(version.data()), version.size());
   std::array<unsigned char, 4> size = {};
   file.read(reinterpret_cast<char*>(size.data()), version[0] == 1 ? 2 : 4);
-  return size[0] | size[1] << 8U | std::size_t{size[2]} << 16U | std::size_t{size[3]} << 24U;
+  std::size_t header = 0;
+  for (std::size_t i = 0; i < size.size(); ++i) {
+    header |= std::size_t{size[i]} << (8 * i);
+  }
+  return header;
 }
 
 }  // namespace

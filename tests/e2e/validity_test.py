@@ -283,6 +283,7 @@ class Tables(Takes):
             ("Machine IBM-PC\n", "its header has no end, or no column"),
             ("Machine SPARC\nColumn a FLOAT 1\n-----------------\n", "its numbers are not in the order of IBM-PC"),
             ("Machine IBM-PC\nColumn a BYTE 1\n-----------------\n", "column a holds BYTE, not FLOAT, DOUBLE, SHORT or LONG"),
+            ("Machine IBM-PC\nColumn a FLOAT 65536\nColumn b SHORT 1\n", "its records hold more than 65536 numbers"),
             ("Machine IBM-PC\nColumn a FLOAT 1\n-----------------\nxyz", "is cut short: its last record is not complete"),
         ):
             path.write_text("SSFF -- (c) SHLRC\n" + text)
