@@ -1,0 +1,99 @@
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <string>
+#include <vector>
+
+namespace fuzz {
+
+// The fuzzer's bytes, taken from the front as values that a target asks for. Once they are used up,
+// every value is 0, the lower bound, or empty.
+class Input {
+ public:
+  Input(const std::uint8_t* bytes, std::size_t count) : next(bytes), end(bytes + count) {}
+
+  bool Empty() const { return next == end; }
+  int Byte() { return Empty() ? 0 : *next++; }
+  bool Flag() { return Byte() % 2 == 1; }
+
+  // Between the two, both included, from as many bytes as the range needs.
+  int Int(int low, int high) {
+    const std::int64_t span = std::int64_t{high} - low + 1;
+    std::int64_t value = 0;
+    for (std::int64_t reach = 1; reach < span; reach *= 256) value = value * 256 + Byte();
+    return static_cast<int>(low + value % span);
+  }
+
+  // Any double at all: small whole numbers and ends of ranges more often than chance would.
+  double Number() {
+    constexpr double Special[] = {0.5,
+                                  -0.5,
+                                  2048.0,
+                                  2049.0,
+                                  8192.0,
+                                  2147483647.0,
+                                  2147483648.0,
+                                  -2147483648.0,
+                                  -2147483649.0,
+                                  9007199254740992.0,
+                                  1e300,
+                                  -1e300,
+                                  std::numeric_limits<double>::denorm_min(),
+                                  HUGE_VAL,
+                                  -HUGE_VAL,
+                                  2.9,
+                                  -2.9,
+                                  -0.0};
+    const int kind = Byte();
+    if (kind < 160) return kind - 32;
+    if (kind < 160 + static_cast<int>(std::size(Special))) return Special[kind - 160];
+    if (kind < 200) return std::nan("");
+    if (kind < 225) return Int(-1000000, 1000000) / 1024.0;
+    double any = 0.0;
+    unsigned char bytes[sizeof any];
+    for (unsigned char& byte : bytes) byte = static_cast<unsigned char>(Byte());
+    std::memcpy(&any, bytes, sizeof any);
+    return any;
+  }
+
+  // An interval in milliseconds, ordinary ones three times out of four.
+  double Interval_ms() {
+    constexpr double Usual[] = {0.1, 0.125, 1.0 / 16, 1.0 / 22.05, 1.0 / 48, 1.0, 0.37};
+    const int kind = Byte();
+    return kind < 192 ? Usual[static_cast<std::size_t>(kind) % std::size(Usual)] : Number();
+  }
+
+  // Up to a byte of 255, which is taken away, or to the end.
+  std::string Text() {
+    std::string text;
+    while (!Empty() && *next != 255) text.push_back(static_cast<char>(*next++));
+    if (!Empty()) ++next;
+    return text;
+  }
+  std::string Rest() {
+    std::string rest(reinterpret_cast<const char*>(next), static_cast<std::size_t>(end - next));
+    next = end;
+    return rest;
+  }
+
+  std::vector<double> Numbers(int most) {
+    std::vector<double> numbers(static_cast<std::size_t>(Int(0, most)));
+    for (double& number : numbers) number = Number();
+    return numbers;
+  }
+  // One to four sizes from 1 to `most`.
+  std::vector<int> Sizes(int most) {
+    std::vector<int> sizes(static_cast<std::size_t>(Int(1, 4)));
+    for (int& size : sizes) size = Int(1, most);
+    return sizes;
+  }
+
+ private:
+  const std::uint8_t* next;
+  const std::uint8_t* end;
+};
+
+}  // namespace fuzz

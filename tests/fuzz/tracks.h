@@ -1,0 +1,42 @@
+#pragma once
+
+#include "fuzz/input.h"
+#include "tracks/twin.h"
+
+namespace fuzz {
+
+// A source of noise with deliveries, claims and an interval of the fuzzer's choice.
+inline tracks::SourceScript Source(Input& input, const std::string& path) {
+  tracks::SourceScript script;
+  script.samples = support::Noise(input.Int(0, 6000), 3);
+  script.interval_ms = input.Interval_ms();
+  script.path = path;
+  if (input.Flag()) script.deliver = support::InBlocksOf(input.Sizes(9000));
+  if (input.Byte() % 8 == 7) {
+    const int more = input.Int(-100000, 100000);
+    // Only a source that delivered all that was asked for may claim more: less would be unread.
+    script.claim = [more](int count, int written) {
+      return written > 0 && (written == count || more < 0) ? written + more : written;
+    };
+  }
+  return script;
+}
+
+// One life of a filter beside its model: one or two attachments, and pulls of any size.
+template <class Model>
+void Live(tracks::Twin<Model>& twin, Input& input, const std::string& path) {
+  for (int attachment = input.Int(1, 2); attachment > 0; --attachment) {
+    twin.Attach(Source(input, path));
+    if (input.Flag()) twin.GetDescriptor();
+    for (int step = input.Int(0, 3); step > 0; --step) {
+      if constexpr (requires { twin.Reference().Init(0.1); }) {
+        if (input.Byte() % 16 == 15) twin.Init(input.Interval_ms());
+      }
+      twin.Pull(input.Int(-9000, 20000));
+    }
+    twin.PullAll(input.Sizes(9000), 20);
+  }
+  twin.Release();
+}
+
+}  // namespace fuzz
