@@ -7,6 +7,11 @@ install(TARGETS wavefilters EXPORT WaveFiltersTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 if(TARGET wavechain)
   install(TARGETS wavechain RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  set(texts ${PROJECT_BINARY_DIR}/share)
+  install(FILES ${texts}/man DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 RENAME wavechain.1)
+  install(FILES ${texts}/bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME wavechain)
+  install(FILES ${texts}/zsh DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions RENAME _wavechain)
+  install(FILES ${texts}/fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d RENAME wavechain.fish)
 endif()
 foreach(header guid interfaces lifetime ref unknown)
   install(FILES ${PROJECT_SOURCE_DIR}/frame/${header}.h

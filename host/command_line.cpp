@@ -12,12 +12,15 @@
 #include "host/audio_format.h"
 #include "host/catalogue_text.h"
 #include "host/check.h"
+#include "host/command_table.h"
+#include "host/completion.h"
 #include "host/diff_command.h"
 #include "host/failure.h"
 #include "host/file.h"
 #include "host/filter_library.h"
 #include "host/input_options.h"
 #include "host/interrupt.h"
+#include "host/man_page.h"
 #include "host/plot_command.h"
 #include "host/print.h"
 #include "host/record_commands.h"
@@ -164,6 +167,9 @@ void RequireKnownCommand(const CLI::App& app, int argc, const char* const* argv)
   const CLI::App& asked = chosen.empty() ? app : *chosen.front();
   std::vector<std::string> names;
   for (const CLI::Option* option : asked.get_options()) {
+    if (option->get_group().empty()) {
+      continue;
+    }
     for (const std::string& name : option->get_lnames()) {
       names.push_back("--" + name);
     }
@@ -200,6 +206,24 @@ void Understand(CLI::App& app, int argc, const char* const* argv) {
   }
 }
 
+// The texts that are installed beside the program, made from what it understands.
+std::string Generated(const CLI::App& app, const std::string& form) {
+  const CommandTable table = ReadCommands(app, WAVECHAIN_VERSION);
+  if (form == "man") {
+    return ManPage(table);
+  }
+  if (form == "bash") {
+    return BashCompletion(table);
+  }
+  if (form == "zsh") {
+    return ZshCompletion(table);
+  }
+  if (form == "fish") {
+    return FishCompletion(table);
+  }
+  Fail(ExitStatus::Usage, "--generate {}: takes man, bash, zsh or fish", form);
+}
+
 }  // namespace
 
 int CommandLine(int argc, const char* const* argv) {
@@ -227,6 +251,11 @@ int CommandLine(int argc, const char* const* argv) {
         "wavechain COMMAND --help tells more about a command; run's lists all filters.\n"
         "Exit status: 0 done, 1 wrong usage or chain, 2 input could not be processed,\n"
         "3 output could not be written, 130 interrupted. diff has statuses of its own.");
+    // Hidden: for the build.
+    app.add_option_function<std::string>(
+           "--generate", [&app](const std::string& form) { Print(Generated(app, form)); })
+        ->expected(0, 1)
+        ->group("");
     Understand(app, argc, argv);
     return diff.Status(ExitStatus::Done);
   } catch (const Failure& failure) {

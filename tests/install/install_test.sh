@@ -62,4 +62,9 @@ expect_cosine "$tree/pkg_config_c" "$LIBRARY_FOR_C"
 if [[ -n $PROGRAM ]]; then
   "$prefix/$PROGRAM" list >"$tree/list" || fail "the installed wavechain ended with status $?"
   [[ $(grep -c FIRNotch "$tree/list") == 1 ]] || fail "the installed wavechain lists: $(<"$tree/list")"
+  # What goes with it, where shells and man look for it.
+  for text in man/man1/wavechain.1 bash-completion/completions/wavechain zsh/site-functions/_wavechain \
+    fish/vendor_completions.d/wavechain.fish; do
+    grep -q FIRNotch "$prefix/share/$text" || fail "$text is missing or empty"
+  done
 fi
