@@ -151,6 +151,7 @@ std::string PlotResponse(const PlotRequest& request) {
   const double rate = request.rate.value_or(DefaultRate);
   const int width = size ? size->width : DefaultWidth;
   std::vector<NamedResponse> responses;
+  responses.reserve(chains.size());
   for (const NamedChain& chain : chains) {
     responses.push_back({chains.size() > 1 ? KeyOf(chain, 0.6 * PlotWidth(width, false)) : "",
                          MeasureResponse(library, chain.calls, rate, log)});
@@ -163,6 +164,7 @@ std::string PlotResponse(const PlotRequest& request) {
   const std::vector<Panel> panels = ResponsePanels(
       responses, title, request.highest_Hz.value_or(0.5 * rate), columns, request.phase);
   std::vector<PanelPlan> plans;
+  plans.reserve(panels.size());
   for (const Panel& panel : panels) {
     plans.push_back({panel.kind, static_cast<int>(TitleLines(panel.title, plotWidth).size())});
   }
