@@ -15,7 +15,7 @@ struct CommandArgument {
   std::vector<std::string> names = {};  // "-f", "--filter"; for positional ones "IN"
   bool positional = false;
   bool required = false;
-  bool many = false;  // may be given several times
+  bool many = false;       // may be given several times
   std::string value = {};  // what stands behind it, as in FILE; empty for flags
   std::string help = {};
   ValueKind kind = ValueKind::Any;
