@@ -64,8 +64,8 @@ void Compare(const Palate& palate, const std::vector<Point>& points, Point from)
 TEST(PalateSearch, FindsTheFirstNearestPointOfContoursOfAnyLength) {
   std::mt19937 random(1);
   std::uniform_real_distribution<double> thousandths(-60000.0, 60000.0);
-  for (const std::size_t count :
-       {0, 1, 2, 3, 8, 9, 10, 16, 17, 18, 100, 2047, 2048, 2049, 2050, 4096}) {
+  for (const unsigned count :
+       {0U, 1U, 2U, 3U, 8U, 9U, 10U, 16U, 17U, 18U, 100U, 2047U, 2048U, 2049U, 2050U, 4096U}) {
     std::vector<Point> points(count);
     for (Point& point : points) {
       point = {std::round(thousandths(random)), std::round(thousandths(random))};
