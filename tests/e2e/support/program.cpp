@@ -1,7 +1,6 @@
 #include "e2e/support/program.h"
 
 #include <fcntl.h>
-#include <pty.h>
 #include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -18,6 +17,8 @@
 #include <stdexcept>
 #include <thread>
 #include <utility>
+
+#include "e2e/support/terminal.h"
 
 namespace e2e {
 namespace {
@@ -148,20 +149,26 @@ std::map<std::string, std::string> SignalAfter(int signal, long bytes) {
 }
 
 Outcome WavechainInTerminal(const std::vector<std::string>& arguments) {
-  int terminal = -1;
-  const pid_t child = ::forkpty(&terminal, nullptr, nullptr, nullptr);
-  Require(child >= 0, "forkpty");
+  const Terminal terminal = OpenTerminal();
+  const pid_t child = ::fork();
+  Require(child >= 0, "fork");
   if (child == 0) {
+    ::setsid();
+    ::ioctl(terminal.program, TIOCSCTTY, 0);
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+      ::dup2(terminal.program, descriptor);
+    }
     Become(arguments, {});
   }
+  ::close(terminal.program);
   Outcome outcome;
   char block[4096];
   // Reading fails once the last one who had the terminal open is gone.
-  for (ssize_t came = 0; (came = ::read(terminal, block, sizeof block)) > 0;) {
+  for (ssize_t came = 0; (came = ::read(terminal.screen, block, sizeof block)) > 0;) {
     outcome.out.append(block, static_cast<std::size_t>(came));
   }
   outcome.status = StatusOf(child);
-  ::close(terminal);
+  ::close(terminal.screen);
   return outcome;
 }
 
