@@ -42,6 +42,7 @@ void RecordFiles(const std::vector<std::string>& paths, std::vector<FileRecord>&
 
 std::vector<std::string> Texts(const std::vector<FilterCall>& calls) {
   std::vector<std::string> texts;
+  texts.reserve(calls.size());
   for (const FilterCall& call : calls) {
     texts.push_back(call.Text());
   }
