@@ -5,7 +5,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <new>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -17,7 +16,7 @@
 #include "host/diff_command.h"
 #include "host/failure.h"
 #include "host/file.h"
-#include "host/filter_library.h"
+#include "host/info_command.h"
 #include "host/input_options.h"
 #include "host/interrupt.h"
 #include "host/man_page.h"
@@ -28,37 +27,10 @@
 #include "host/skeleton.h"
 #include "host/text.h"
 #include "host/track_run.h"
+#include "host/version.h"
 
 namespace wavechain {
 namespace {
-
-struct InfoRequest {
-  std::string filter;
-  std::optional<std::string> library;
-  bool json = false;
-};
-
-void List(const InfoRequest& request) {
-  const FilterLibrary library(request.library);
-  auto all = nlohmann::ordered_json::array();
-  std::string text;
-  for (const FilterKind& kind : Catalogue()) {
-    const bool available = library.Has(kind);
-    text += ListLine(kind, available);
-    all.push_back(InfoJson(kind, available));
-  }
-  Print(request.json ? all.dump(2) + "\n" : text);
-}
-
-void Info(const InfoRequest& request) {
-  const FilterKind* kind = FindFilter(request.filter);
-  if (kind == nullptr) {
-    Fail(ExitStatus::Usage, "there is no filter '{}'{}", request.filter,
-         Suggestion(request.filter, FilterNames()));
-  }
-  const bool available = FilterLibrary(request.library).Has(*kind);
-  Print(request.json ? InfoJson(*kind, available).dump(2) + "\n" : InfoText(*kind, available));
-}
 
 template <class Entry>
 std::string Choices(std::span<const Entry> table) {
@@ -127,18 +99,6 @@ void AddRun(CLI::App& app, RunRequest& request) {
   });
 }
 
-void AddInfo(CLI::App& app, InfoRequest& request) {
-  CLI::App* list = app.add_subcommand("list", "List the filters");
-  list->add_flag("--json", request.json, "as JSON, with everything that info tells");
-  list->add_option("--library", request.library, "filter library to load");
-  list->callback([&request] { List(request); });
-  CLI::App* info = app.add_subcommand("info", "Tell what a filter does, its parameters and files");
-  info->add_option("FILTER", request.filter, "the filter's name")->required();
-  info->add_flag("--json", request.json, "as JSON");
-  info->add_option("--library", request.library, "filter library to load");
-  info->callback([&request] { Info(request); });
-}
-
 void Report(std::string_view message) {
   const std::string line = fmt::format("wavechain: {}\n", OneLine(message));
   WriteAll(STDERR_FILENO, line.data(), line.size());
@@ -193,8 +153,12 @@ void Understand(CLI::App& app, int argc, const char* const* argv) {
   RequireKnownCommand(app, argc, argv);
   try {
     app.parse(argc, argv);
-  } catch (const CLI::CallForVersion& version) {
-    Print(std::string(version.what()) + "\n");
+  } catch (const CLI::CallForVersion&) {
+    Print(VersionText());
+  } catch (const CLI::CallForAllHelp&) {
+    // Parsed, the program would tell of the command that asked.
+    app.clear();
+    Print(app.help());
   } catch (const CLI::Success&) {
     Print(app.help());
   } catch (const CLI::ExtrasError&) {
@@ -229,7 +193,7 @@ std::string Generated(const CLI::App& app, const std::string& form) {
 int CommandLine(int argc, const char* const* argv) {
   CatchInterrupts();
   RunRequest run;
-  InfoRequest info;
+  InfoCommand info;
   CheckCommand check;
   DiffCommand diff;
   RecordCommands records;
@@ -237,16 +201,18 @@ int CommandLine(int argc, const char* const* argv) {
   PlotRequest plot;
   try {
     CLI::App app("Runs chains of signal filters over recordings.", "wavechain");
-    app.set_version_flag("--version", "wavechain " WAVECHAIN_VERSION);
+    app.set_version_flag("--version", WAVECHAIN_VERSION,
+                         "Print the versions of program and library and exit");
     app.require_subcommand(0, 1);
     app.get_formatter()->column_width(26);
     AddRun(app, run);
-    AddInfo(app, info);
+    info.AddTo(app);
     check.AddTo(app);
     diff.AddTo(app);
     records.AddTo(app);
     skeleton.AddTo(app);
     AddPlot(app, plot);
+    info.AddHelpTo(app);
     app.footer(
         "wavechain COMMAND --help tells more about a command; run's lists all filters.\n"
         "Exit status: 0 done, 1 wrong usage or chain, 2 input could not be processed,\n"

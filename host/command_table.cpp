@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "host/audio_format.h"
+#include "host/catalogue.h"
 #include "host/raw_format.h"
 
 namespace wavechain {
@@ -79,6 +80,18 @@ Command Read(const CLI::App& app) {
   return command;
 }
 
+// What help knows about.
+std::vector<std::string> Topics(const CommandTable& table) {
+  std::vector<std::string> topics;
+  for (const Command& command : table.commands) {
+    topics.push_back(command.name);
+  }
+  for (const FilterKind& kind : Catalogue()) {
+    topics.emplace_back(kind.name);
+  }
+  return topics;
+}
+
 }  // namespace
 
 CommandTable ReadCommands(const CLI::App& app, const std::string& version) {
@@ -87,6 +100,14 @@ CommandTable ReadCommands(const CLI::App& app, const std::string& version) {
   table.program = Read(app);
   for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
     table.commands.push_back(Read(*command));
+  }
+  for (Command& command : table.commands) {
+    for (CommandArgument& argument : command.arguments) {
+      if (argument.names.front() == "TOPIC") {
+        argument.kind = ValueKind::Word;
+        argument.words = Topics(table);
+      }
+    }
   }
   return table;
 }

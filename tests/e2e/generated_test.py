@@ -98,6 +98,8 @@ class Completion(unittest.TestCase):
         self.assertEqual(set(offered("wavechain plot --format p")), {"png", "pdf"})
         self.assertEqual(set(offered("wavechain info FIR")), {"FIRFilter", "FIRNotch"})
         self.assertEqual(offered("wavechain skeleton SineFilter Sq"), ["SquareFilter"])
+        self.assertEqual(set(offered("wavechain help rer")), {"rerun"})
+        self.assertEqual(set(offered("wavechain help FIR")), {"FIRFilter", "FIRNotch"})
         self.assertEqual(offered("wavechain run in.wav -f FIRN"), ["FIRNotch"])
         self.assertEqual(offered('wavechain run in.wav -f "FIRNotch ha'), ["FIRNotch half_length="])
         self.assertEqual(offered('wavechain run -f "BeamData a=1 mode=pal'), ["BeamData a=1 mode=palate"])

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "e2e/support/program.h"
@@ -41,10 +42,63 @@ TEST(WavechainList, HelpGoesToStandardOutputWithEveryFilterAndUnit) {
   }
 }
 
-TEST(WavechainList, TheVersionIsOneLine) {
+TEST(WavechainList, TheVersionIsThatOfProgramAndLibrary) {
   const Outcome run = Wavechain({"--version"});
   EXPECT_EQ(run.status, 0);
-  EXPECT_THAT(run.out, testing::MatchesRegex("wavechain [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+  const std::string file = std::filesystem::canonical(WAVEFILTERS_LIBRARY).string();
+  const std::string version = file.substr(file.rfind(".so.") + 4);
+  EXPECT_THAT(version, testing::MatchesRegex("1\\.[0-9]+\\.[0-9]+"));
+  // Both are built from one source.
+  EXPECT_EQ(run.out, "wavechain " + version + "\nlibrary   " + version + ", " + file + "\n");
+}
+
+TEST(WavechainList, HelpOnACommandOrAFilterIsThatOfItsOwn) {
+  EXPECT_EQ(Wavechain({"help"}).out, Wavechain({"--help"}).out);
+  EXPECT_EQ(Wavechain({"help", "check"}).out, Wavechain({"check", "--help"}).out);
+  EXPECT_EQ(Wavechain({"help", "FIRNotch"}).out, Wavechain({"info", "FIRNotch"}).out);
+  EXPECT_EQ(Wavechain({"help", "FIRNotch"}).status, 0);
+}
+
+TEST(WavechainList, NothingIsColoured) {
+  // With a terminal, which is when programs colour; so there is nothing for NO_COLOR to turn off.
+  for (const std::vector<std::string>& arguments : {std::vector<std::string>{"list"},
+                                                    {"--help"},
+                                                    {"info", "FIRNotch"},
+                                                    {"lisst"},
+                                                    {"check", SPEECH_48K, "-f", "FIRNotch 200"}}) {
+    const Outcome run = e2e::WavechainInTerminal(arguments);
+    EXPECT_NE(run.out, "");
+    EXPECT_EQ(run.out.find('\x1b'), std::string::npos) << run.out;
+  }
+}
+
+TEST(WavechainList, SpeaksTheSameInEveryLocale) {
+  const support::TempFolder folder;
+  std::filesystem::create_symlink(SPEECH_48K, folder.Path("t\xc3\xb6n.wav"));
+  folder.Write("gl\xc3\xa4tten.toml", "[[filter]]\nkind = \"SineFilter\"\nphase = 0.5\n");
+  const std::vector<std::vector<std::string>> asked = {
+      {"check", "t\xc3\xb6n.wav", "-f", "FIRNotch 200 edge_weight=0.25", "--chain",
+       "gl\xc3\xa4tten.toml"},
+      {"run", "t\xc3\xb6n.wav", "-", "-q", "--format", "csv", "--chain", "gl\xc3\xa4tten.toml"},
+      {"run", "kein t\xc3\xb6n.wav", "-", "-f", "SineFilter 0.5"},
+      {"run", "t\xc3\xb6n.wav", "-", "-f", "SineFilter ph\xc3\xa4se=1"},
+      {"info", "FIRNotch", "--json"},
+      {"--generate", "man"}};
+  for (const std::vector<std::string>& arguments : asked) {
+    std::vector<Outcome> runs;
+    for (const char* locale : {"C", "C.UTF-8", "de_DE.UTF-8", ""}) {
+      runs.push_back(Wavechain(arguments, {.variables = {{"LC_ALL", locale}, {"LANG", locale}},
+                                           .folder = folder.Path("")}));
+    }
+    for (const Outcome& run : runs) {
+      EXPECT_EQ(run.status, runs.front().status);
+      EXPECT_TRUE(run.out == runs.front().out) << arguments.front();
+      EXPECT_EQ(run.err, runs.front().err);
+      EXPECT_NE(run.out + run.err, "");
+    }
+  }
+  EXPECT_EQ(Wavechain(asked[2], {.variables = {{"LC_ALL", "C"}}}).err,
+            "wavechain: kein t\xc3\xb6n.wav: cannot be opened: No such file or directory\n");
 }
 
 TEST(WavechainList, ListNamesAllThirteen) {

@@ -146,8 +146,11 @@ TEST(WavechainUsage, ParametersGoByNameByPositionOrBoth) {
 TEST(WavechainUsage, CommandsAndOptionsThatDoNotExistAreNamed) {
   ExpectUsageError({},
                    "no command is given; there are run, list, info, check, diff, show, rerun, "
-                   "skeleton, plot; see "
-                   "wavechain --help");
+                   "skeleton, plot, help; see wavechain --help");
+  ExpectUsageError({"help", "cheek"}, "there is no help on 'cheek'; did you mean check?");
+  ExpectUsageError({"help", "FIRNotsch"},
+                   "there is no help on 'FIRNotsch'; did you mean FIRNotch?");
+  ExpectUsageError({"help", "run", "now"}, "'now' is one word too many");
   ExpectUsageError({"rum"}, "there is no command 'rum'; did you mean run?");
   ExpectUsageError({"--frob"}, "there is no option --frob; there are --help, --version");
   ExpectUsageError({"run", "a", "b", "--chanel", "2", "-f", "SineFilter"},
