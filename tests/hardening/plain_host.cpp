@@ -85,7 +85,10 @@ int Transmit(PlainSource& source, float* buffer, int wanted, int* produced) {
   }
   const int possible = std::clamp(wanted, 0, std::max(source.Remaining(), 0));
   const int written = source.deliver ? std::clamp(source.deliver(wanted), 0, possible) : possible;
-  for (int i = 0; i < written; ++i) {
+  if (source.fill) {
+    source.fill(buffer, written);
+  }
+  for (int i = 0; i < written && !source.fill; ++i) {
     buffer[i] = PlainSource::Sample(source.position + i);
   }
   source.position += written;

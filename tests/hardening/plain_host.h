@@ -57,6 +57,8 @@ struct PlainSource {
   std::function<bool()> ends;
   // Runs ahead of every TransmitNow; may throw.
   std::function<void()> before;
+  // Writes `count` samples of a signal of its own. Without it: Sample's, from `position` on.
+  std::function<void(float* buffer, int count)> fill;
 
   // A fresh one for each caller; a caller holds few at a time.
   std::array<PlainDescriptor, 4> descriptors;
