@@ -3,21 +3,19 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstdlib>
 #include <memory>
+#include <utility>
 
-#include "host/audio_input.h"
 #include "host/failure.h"
 #include "host/input_report.h"
-#include "host/make.h"
 #include "host/plot_chains.h"
 #include "host/plot_drawing.h"
 #include "host/plot_panels.h"
 #include "host/plot_picture.h"
 #include "host/plot_response.h"
-#include "host/recording_source.h"
-#include "host/silent_source.h"
+#include "host/run_input.h"
+#include "host/run_steps.h"
 #include "host/text.h"
 
 namespace wavechain {
@@ -52,34 +50,37 @@ void CheckNumbers(const PlotRequest& request) {
   require("--from", request.from_s.value_or(0.0), 0.0, 1e9, "takes seconds from 0");
   require("--silence", request.silence_s.value_or(1.0), 1e-6, 1e6, "takes seconds above 0");
   require("--rate", request.rate.value_or(1.0), 1.0, 1e6, "a sampling rate is 1 to 1000000 Hz");
-  if (!request.response && request.silence_s.has_value() != request.rate.has_value()) {
-    Fail(ExitStatus::Usage,
-         "--silence and --rate go together, as in --silence 2 --rate 16000; --rate alone goes with "
-         "--response");
-  }
   if (request.phase && !request.response) {
     Fail(ExitStatus::Usage, "--phase goes with --response");
   }
 }
 
+// What is read, as for a run.
+RunRequest InputOf(const PlotRequest& request) {
+  RunRequest run;
+  run.input = request.input;
+  run.channel = request.channel;
+  run.allowTruncated = request.allowTruncated;
+  run.silence_s = request.silence_s;
+  run.rate = request.rate;
+  run.type = request.type;
+  return run;
+}
+
 // Opens what is drawn: each signal is pulled from a reading of its own.
 class Readings {
  public:
-  Readings(const PlotRequest& plotRequest, Log& reportLog) : request(plotRequest), log(reportLog) {}
+  Readings(const PlotRequest& plotRequest, Log& log) : request(InputOf(plotRequest)) {
+    CheckInput(request);
+    inputs.push_back(std::make_unique<RunInput>(request));
+    ReportInput(*inputs.front(), log);
+  }
 
   wavefilters::Ref<HostSource> Open() {
-    using wavefilters::Ref;
-    if (request.silence_s) {
-      const double samples = std::round(*request.silence_s * *request.rate);
-      return Ref<HostSource>::Adopt(
-          Make<SilentSource>(static_cast<std::int64_t>(samples), *request.rate).Detach());
+    if (std::exchange(isFirstTaken, true)) {
+      inputs.push_back(std::make_unique<RunInput>(request, *inputs.front()));
     }
-    inputs.push_back(
-        std::make_unique<AudioInput>(request.input, request.channel, request.allowTruncated));
-    if (inputs.size() == 1) {
-      ReportInput(*inputs.front(), log);
-    }
-    return Ref<HostSource>::Adopt(Make<RecordingSource>(*inputs.back()).Detach());
+    return wavefilters::Ref<HostSource>::Share(inputs.back()->Source());
   }
 
   void RequireIntact() const {
@@ -89,12 +90,14 @@ class Readings {
   }
 
  private:
-  const PlotRequest& request;
-  Log& log;
-  std::vector<std::unique_ptr<AudioInput>> inputs;
+  RunRequest request;
+  std::vector<std::unique_ptr<RunInput>> inputs;
+  bool isFirstTaken = false;
 };
 
-std::string BaseName(const std::string& path) { return path.substr(path.rfind('/') + 1); }
+std::string BaseName(const std::string& path) {
+  return path == "-" ? "standard input" : path.substr(path.rfind('/') + 1);
+}
 
 std::string RateText(const SignalInfo& signal) {
   return fmt::format("{:.10g} Hz", 1000.0 / signal.interval_ms);
@@ -118,7 +121,8 @@ Range ViewOf(const PlotRequest& request, const Subjects& subjects) {
     duration_s = std::max(duration_s, subject->Duration_s());
   }
   if (duration_s <= 0.0) {
-    Fail(ExitStatus::Input, "{}: holds no sample; there is nothing to draw", request.input);
+    Fail(ExitStatus::Input, "{}: holds no sample; there is nothing to draw",
+         BaseName(request.input));
   }
   const Range view = {request.from_s.value_or(0.0), request.to_s.value_or(duration_s)};
   if (view.low >= duration_s) {
@@ -160,10 +164,6 @@ std::string Plot(const PlotRequest& request) {
     return PlotResponse(request);
   }
   Log log(request.quiet, ::isatty(STDERR_FILENO) != 0);
-  if (request.input == "-") {
-    Fail(ExitStatus::Usage,
-         "standard input can be read once, a picture takes several readings; name the recording");
-  }
   const std::vector<NamedChain> chains = ParseSignals(request);
   const PictureTarget target = TargetOf(request);
   const std::optional<PictureSize> size =
@@ -172,9 +172,9 @@ std::string Plot(const PlotRequest& request) {
   CheckPictureTarget(request, chains);
 
   Readings readings(request, log);
-  const ChainSettings settings = {
-      .data = {request.silence_s ? "" : request.input, request.allowMissing, request.libraryTail},
-      .allowTruncated = request.allowTruncated};
+  const std::string beside = request.silence_s || request.input == "-" ? "" : request.input;
+  const ChainSettings settings = {.data = {beside, request.allowMissing, request.libraryTail},
+                                  .allowTruncated = request.allowTruncated};
   Subjects subjects;
   std::vector<std::string> titles;
   for (const NamedChain& chain : chains) {

@@ -11,7 +11,7 @@ namespace wavechain {
 
 /// What `wavechain plot` was asked for.
 struct PlotRequest {
-  std::string input;   // a path; empty where there is no recording
+  std::string input;   // a path, or "-"; empty where there is no recording
   std::string output;  // a path, or "-"
   std::vector<ChainPart> chain;
   std::vector<std::string> tracks;  // "NAME=FILTER | FILTER"
@@ -25,7 +25,8 @@ struct PlotRequest {
   double dynamics_dB = 70.0;
   std::optional<double> highest_Hz;
   std::optional<double> silence_s;  // with `rate`, in place of a recording
-  std::optional<double> rate;       // Hz; of the silence, or of a response
+  std::optional<double> rate;       // Hz; of silence, raw samples, or a response
+  std::optional<std::string> type;  // of raw samples, where the recording has no header
   bool response = false;            // of the chains, in place of signals
   bool phase = false;
   unsigned seed = 1;

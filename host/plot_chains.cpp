@@ -1,6 +1,7 @@
 #include "host/plot_chains.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <algorithm>
 
@@ -8,22 +9,10 @@
 #include "host/host_arguments.h"
 #include "host/output_file.h"
 #include "host/text.h"
+#include "host/track_run.h"
 
 namespace wavechain {
 namespace {
-
-NamedChain ParseTrack(const std::string& text) {
-  const std::size_t equals = text.find('=');
-  const std::size_t blank = text.find_first_of(" \t");
-  if (equals == std::string::npos || equals == 0 || blank < equals || equals + 1 == text.size()) {
-    Fail(ExitStatus::Usage,
-         "--track '{}': takes a name and a chain, as in --track \"tip=BeamPel column=6 | FIRFilter "
-         "20\"",
-         text);
-  }
-  // A chain is written like a second signal's, without the recording in front.
-  return {text.substr(0, equals), ParseSignal("recording |" + text.substr(equals + 1)).filters};
-}
 
 // The call for human readers: what was given, values by their names, or everything where
 // nothing was.
@@ -64,7 +53,8 @@ std::vector<NamedChain> ParseChains(const PlotRequest& request) {
     chains.push_back({std::string(MainChain), ReadChain(request.chain)});
   }
   for (const std::string& text : request.tracks) {
-    NamedChain track = ParseTrack(text);
+    const TrackText written = ParseTrack(text);
+    NamedChain track = {written.name, ParseFilters(written.chain, {"--track " + written.name, ""})};
     const bool isTaken = track.name == "before" || track.name == "recording" ||
                          std::ranges::find(chains, track.name, &NamedChain::name) != chains.end();
     if (isTaken) {
@@ -94,7 +84,7 @@ void CheckPictureTarget(const PlotRequest& request, const std::vector<NamedChain
     Fail(ExitStatus::Usage, "--layout writes to standard output; name a file for the picture");
   }
   CheckTarget(request.output, request.force,
-              request.input.empty() ? std::nullopt : IdentityOf(request.input));
+              request.input == "-" ? IdentityOf(STDIN_FILENO) : IdentityOf(request.input));
   for (const NamedChain& chain : chains) {
     CheckTargets(request, chain.calls);
   }

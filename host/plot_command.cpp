@@ -66,8 +66,11 @@ void AddTheRest(CLI::App& plot, PlotRequest& request) {
   plot.add_option("--library", request.library, "filter library to load instead of the usual one");
   plot.add_option("--silence", request.silence_s,
                   "seconds of silence as input, in place of a recording (with --rate)");
-  plot.add_option("--rate", request.rate,
-                  "sampling rate of the silence, or of a response (48000 by default), Hz");
+  plot.add_option(
+      "--rate", request.rate,
+      "sampling rate of the silence, of raw samples, or of a response (48000 by default), Hz");
+  plot.add_option("-t,--type", request.type,
+                  "IN is raw samples without a header, as in run (with --rate)");
   plot.add_option("--seed", request.seed, "of the noise that FricSyn draws; 1 by default");
   plot.add_flag("--allow-missing", request.allowMissing,
                 "draw with filters whose data files are missing or empty: they add nothing");
@@ -84,9 +87,10 @@ void AddTheRest(CLI::App& plot, PlotRequest& request) {
 void AddPlot(CLI::App& app, PlotRequest& request) {
   CLI::App* plot =
       app.add_subcommand("plot", "Draw a recording, what a chain makes of it, and its tracks");
-  CLI::Option* in = plot->add_option("IN", request.input,
-                                     "recording to read, as in run. Left out with --silence "
-                                     "and --response");
+  CLI::Option* in =
+      plot->add_option("IN", request.input,
+                       "recording to read, as in run; - is standard input. Left out with --silence "
+                       "and --response");
   in->type_name("");
   CLI::Option* out = plot->add_option("OUT", request.output,
                                       "picture to write: .png, .svg or .pdf; - is standard output");

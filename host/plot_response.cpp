@@ -120,6 +120,7 @@ void CheckRequest(const PlotRequest& request) {
   refuse(request.from_s.has_value(), "--from");
   refuse(request.to_s.has_value(), "--to");
   refuse(request.channel.has_value(), "--channel");
+  refuse(request.type.has_value(), "-t");
   if (request.silence_s) {
     Fail(ExitStatus::Usage, "--silence and --response exclude each other");
   }

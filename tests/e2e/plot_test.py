@@ -362,6 +362,22 @@ class Formats(Plots):
         self.assertEqual((done.returncode, done.stderr), (0, b""))
         read_png(done.stdout)
 
+    def test_a_recording_may_come_through_a_pipe(self):
+        arguments = ("-f", "FIRFilter 3", "--track", "slow=FIRFilter 30", "--layout", "-q")
+        outs = [self.folder / name for name in ("named.png", "piped.png", "raw.png")]
+        named, _ = self.plot(self.recording, outs[0], *arguments)
+        data = self.recording.read_bytes()
+        samples = data[data.index(b"data") + 8 :]
+        piped = wavechain("plot", "-", outs[1], *arguments, input=data)
+        raw = wavechain("plot", "-", outs[2], "-t", "f32", "--rate", RATE, *arguments, input=samples)
+        for done, out in ((piped, outs[1]), (raw, outs[2])):
+            self.assertEqual((done.returncode, done.stderr), (0, b""))
+            self.assertEqual(done.stdout.decode(), named.replace("in.wav", "standard input"))
+            # Below the title everything is the same.
+            box = json.loads(named)["panels"][0]["plot"]
+            pictures = [read_png(path.read_bytes())[box["y"] :] for path in (outs[0], out)]
+            np.testing.assert_array_equal(*pictures)
+
     def test_names_of_any_bytes_are_drawn(self):
         odd = os.fsdecode(b"t\xff\xc3(\n\xe4\xb8\xad.wav")
         self.write_wav(tone(500, 0.1), odd)
@@ -407,14 +423,14 @@ class Refusals(Plots):
             ("--from 2: the signal ends at 0.300 s", (*ins, "--from", "2")),
             ("--to 0.1: lies not behind --from 0.2", (*ins, "--from", "0.2", "--to", "0.1")),
             ("takes a stretch of 0.00001 s or more", (*ins, "--from", "0.2", "--to", "0.200001")),
-            ("--track 'FIRFilter 20': takes a name and a chain", (*ins, "--track", "FIRFilter 20")),
+            ("--track 'FIRFilter 20': takes a name of letters", (*ins, "--track", "FIRFilter 20")),
             ("there is no filter 'Fir'", (*ins, "--track", "a=Fir 3")),
             ("--track a: there are two signals of that name", (*ins, "--track", "a=FIRFilter 3", "--track", "a=FIRFilter 4")),
             ("--layout writes to standard output", (self.recording, "-", "--format", "png", "--layout")),
-            ("standard input can be read once", ("-", self.out)),
+            ("--rate goes with --silence or with -t", (*ins, "--rate", "8000")),
             ("with --silence there is no recording", (*ins, "--silence", "1", "--rate", "8000")),
             ("with --silence there is nothing to draw without a filter", (self.out, "--silence", "1", "--rate", "8000")),
-            ("--silence and --rate go together", (self.out, "--silence", "1")),
+            ("--silence has no rate of its own", (self.out, "--silence", "1", "-f", "SineFilter")),
             ("one word too many", (*ins, "-f", "FIRFilter", "3")),
         ):
             self.check(1, message, *arguments)
