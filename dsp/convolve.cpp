@@ -156,18 +156,14 @@ __attribute__((target("avx512f"))) void ConvolveAvx512(const float* in, const fl
 
 }  // namespace
 
-ConvolveFunction ConvolveFor(InstructionSet set) {
+ConvolveFunction ConvolveFor([[maybe_unused]] InstructionSet set) {
 #if defined(__x86_64__)
-  switch (set) {
-    case InstructionSet::Avx512:
-      return ConvolveAvx512;
-    case InstructionSet::Avx2:
-      return ConvolveAvx2;
-    case InstructionSet::Baseline:
-      break;
+  if (set == InstructionSet::Avx512) {
+    return ConvolveAvx512;
   }
-#else
-  static_cast<void>(set);
+  if (set == InstructionSet::Avx2) {
+    return ConvolveAvx2;
+  }
 #endif
   return ConvolveBaseline;
 }

@@ -18,14 +18,15 @@ const char* SkipDigits(const char* p, const char* end) {
   return p;
 }
 
-// The token at `p` when it has the form [+-] digits [. digits] [e [+-] digits] with a digit on
-// at least one side of the point, and white space or the end of the text behind it.
+// The token at `p`, which is not the end, when it has the form [+-] digits [. digits] [e [+-]
+// digits] with a digit on at least one side of the point, and white space or the end of the text
+// behind it.
 struct PlainToken {
   const char* end = nullptr;  // null for any other form
   bool whole = false;         // digits alone
 
   PlainToken(const char* p, const char* limit) {
-    if (p != limit && (*p == '+' || *p == '-')) {
+    if (*p == '+' || *p == '-') {
       ++p;
     }
     const char* digits = p;

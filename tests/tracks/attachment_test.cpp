@@ -131,6 +131,22 @@ TEST(Attachment, AttachesItsOwnStreamThroughSlot11) {
   EXPECT_EQ(attached, 1) << "once it has one, it makes no other";
 }
 
+TEST(Attachment, OpensNothingWhereTheHostKeepsTheStreamAway) {
+  support::CallLog log;
+  support::SourceMock source("source", log, support::Ramp(10));
+  source.description.name = "signal.wav";
+  support::Filter filter = support::MakeFilter(support::BeamPel);
+  // The stream goes where it came from: who takes it first and lets go of it, frees it.
+  filter.Exchange(
+      11, +[](void*, void* stream) {
+        const auto& slots = support::SlotsOf<NumStreamSlots>(stream);
+        slots.AddRef(stream);
+        EXPECT_EQ(slots.Release(stream), 0U);
+      });
+  filter.Set_src_list(source);
+  EXPECT_EQ(filter.PullAll({10}), support::Constant(10)) << "as without a file";
+}
+
 TEST(Attachment, ReleasesTheOldStreamBeforeItTakesTheNew) {
   Pellet pellet(support::BeamPel);
   pellet.Supply({{"take.xyd", Rising}});

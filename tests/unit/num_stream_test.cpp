@@ -1,6 +1,7 @@
 #include "numstream/num_stream.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <filesystem>
@@ -353,6 +354,47 @@ TEST_F(NumStreamTest, OnlyRegularFilesOpenAndNothingBlocks) {
     EXPECT_EQ(binary.BytesRemain(), 0) << name;
     EXPECT_EQ(Read(binary, 8).result, 0) << name;
   }
+}
+
+TEST_F(NumStreamTest, NoNameOpensNothing) {
+  char* const nothing = nullptr;
+  EXPECT_FALSE(text.Open(nothing));
+  EXPECT_FALSE(text.GetLine());
+  EXPECT_FALSE(binary.Open(nothing));
+  EXPECT_EQ(binary.BytesRemain(), 0);
+}
+
+TEST_F(NumStreamTest, AFileThatTheSystemDoesNotOpenHasNothing) {
+  const std::string file = folder.Write("numbers", "1 2\n");
+  rlimit before{};
+  ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+  const rlimit none{0, before.rlim_max};
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+  const bool asText = text.Open(file);
+  const bool asBytes = binary.Open(file);
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+  EXPECT_FALSE(asText);
+  EXPECT_FALSE(text.GetLine());
+  EXPECT_FALSE(asBytes);
+  EXPECT_EQ(binary.BytesRemain(), 0);
+  EXPECT_EQ(Read(binary, 4).result, 0);
+}
+
+// The memory of a process is a regular file by its status, and nothing can be read at its
+// beginning.
+TEST_F(NumStreamTest, AFileThatCannotBeReadEnds) {
+  ASSERT_TRUE(text.Open(std::string("/proc/self/mem")));
+  EXPECT_FALSE(text.GetLine());
+  EXPECT_FALSE(text.GetLine());
+  ExpectNoDouble(text, -77.0);
+}
+
+TEST_F(NumStreamTest, AMemberIsCountedAndStays) {
+  EXPECT_EQ(text.AddRef(), 1U);
+  EXPECT_EQ(text.AddRef(), 2U);
+  EXPECT_EQ(text.Release(), 1U);
+  EXPECT_EQ(text.Release(), 0U);
+  EXPECT_TRUE(Text("1\n").GetLine());
 }
 
 TEST_F(NumStreamTest, TheLastReleaseClosesTheFile) {

@@ -126,6 +126,15 @@ TEST_P(PolyphaseVariants, EqualThePlainSumWhereInputsOutnumberTheBlock) {
   }
 }
 
+// More streams than there is room for, and a few outputs all the same.
+TEST_P(PolyphaseVariants, EqualThePlainSumWhereOutputsLieFarApart) {
+  if (Available()) {
+    CompareCounts(1, 1024, 0, 8192, 1.0F);
+    CompareCounts(1, 1025, 0, 8192, 1.0F);
+    CompareCounts(2, 2051, 1, 20000, 1.0F);
+  }
+}
+
 TEST_P(PolyphaseVariants, EqualThePlainSumOnInfinitiesAndNegativeZeros) {
   if (Available()) {
     using Limits = std::numeric_limits<float>;
