@@ -13,6 +13,7 @@ inline constexpr std::int64_t LargestIndex = std::numeric_limits<std::int32_t>::
 // What one filter goes through.
 struct Story {
   support::Kind kind;
+  std::vector<double> params;
   std::int64_t samples;
   double interval_ms;
   Stretch dense;
