@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <vector>
 
 #include "host/failure.h"
 #include "host/interrupt.h"
@@ -177,6 +176,15 @@ void CheckTarget(const std::string& path, bool replace, const std::optional<File
   }
   if (!replace && IsThere(path)) {
     Fail(ExitStatus::Output, "{}: exists already; --force replaces it", path);
+  }
+}
+
+void RequireNotRead(const std::string& path, const std::vector<std::string>& files) {
+  const std::optional<FileIdentity> target = path == "-" ? std::nullopt : IdentityOf(path);
+  for (const std::string& file : files) {
+    if (target && file != "-" && IdentityOf(file) == target) {
+      Fail(ExitStatus::Output, "{}: is read by a filter; name another output", path);
+    }
   }
 }
 

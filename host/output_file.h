@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "host/file.h"
 
@@ -32,6 +33,10 @@ class OutputFile {
 /// input, does not exist unless it is to be replaced, and is a regular file if it does. Fails
 /// (output) where it does not hold.
 void CheckTarget(const std::string& path, bool replace, const std::optional<FileIdentity>& input);
+
+/// The same for the other files that are read, of which none may be replaced either; "-" and what
+/// is not there are none.
+void RequireNotRead(const std::string& path, const std::vector<std::string>& files);
 
 /// Opens a result for writing: under a temporary name beside its target, or without a name
 /// where the target is standard output. Fails (output) where that is not possible.

@@ -113,6 +113,7 @@ void Run(const RunRequest& request) {
   ReportChain(calls, "chain", log);
   Chain chain(library, wavefilters::Ref<HostSource>::Share(input.Source()), calls,
               SettingsOf(request), log);
+  RequireNotRead(request.output, chain.Files());
   const auto output = OpenOutput(request.output, request.force);
   if (format.IsSound()) {
     RequireRoom(output->Name(), format, chain.Output().length);

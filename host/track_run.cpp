@@ -217,6 +217,9 @@ void RunTracks(const RunRequest& request) {
   }
 
   const Lanes lanes = MakeLanes(request, calls, library, log);
+  for (const auto& lane : lanes) {
+    RequireNotRead(request.output, lane->Through().Files());
+  }
   const auto output = OpenOutput(request.output, request.force);
   RecordKeeper record(Words(lanes));
   if (!request.noRecord) {
