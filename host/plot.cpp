@@ -4,15 +4,18 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
 #include <memory>
 #include <utility>
 
 #include "host/failure.h"
 #include "host/input_report.h"
+#include "host/output_file.h"
 #include "host/plot_chains.h"
 #include "host/plot_drawing.h"
 #include "host/plot_panels.h"
 #include "host/plot_picture.h"
+#include "host/plot_record.h"
 #include "host/plot_response.h"
 #include "host/run_input.h"
 #include "host/run_steps.h"
@@ -55,22 +58,10 @@ void CheckNumbers(const PlotRequest& request) {
   }
 }
 
-// What is read, as for a run.
-RunRequest InputOf(const PlotRequest& request) {
-  RunRequest run;
-  run.input = request.input;
-  run.channel = request.channel;
-  run.allowTruncated = request.allowTruncated;
-  run.silence_s = request.silence_s;
-  run.rate = request.rate;
-  run.type = request.type;
-  return run;
-}
-
 // Opens what is drawn: each signal is pulled from a reading of its own.
 class Readings {
  public:
-  Readings(const PlotRequest& plotRequest, Log& log) : request(InputOf(plotRequest)) {
+  Readings(const PlotRequest& plotRequest, Log& log) : request(AsRunRequest(plotRequest)) {
     CheckInput(request);
     inputs.push_back(std::make_unique<RunInput>(request));
     ReportInput(*inputs.front(), log);
@@ -82,6 +73,9 @@ class Readings {
     }
     return wavefilters::Ref<HostSource>::Share(inputs.back()->Source());
   }
+
+  // The recording; null for silence.
+  const AudioInput* File() const { return inputs.front()->File(); }
 
   void RequireIntact() const {
     for (const auto& input : inputs) {
@@ -95,6 +89,11 @@ class Readings {
   bool isFirstTaken = false;
 };
 
+// The recording's name, whatever it is called by now.
+const std::string& KnownInput(const PlotRequest& request) {
+  return request.recorded ? request.recorded->input : request.input;
+}
+
 std::string BaseName(const std::string& path) {
   return path == "-" ? "standard input" : path.substr(path.rfind('/') + 1);
 }
@@ -106,7 +105,7 @@ std::string RateText(const SignalInfo& signal) {
 std::string TitleOf(const PlotSubject& subject, const PlotRequest& request) {
   if (subject.Calls().empty()) {
     return fmt::format("{}{}, {}", subject.Name() == "before" ? "Before: " : "",
-                       BaseName(request.input), RateText(subject.Info()));
+                       BaseName(KnownInput(request)), RateText(subject.Info()));
   }
   const std::string name = subject.Name() != MainChain ? subject.Name() + ": "
                            : request.silence_s         ? ""
@@ -156,6 +155,20 @@ void PullAll(Subjects& subjects, const PanelMaker& maker, const Layout& layout,
   log.ClearProgress();
 }
 
+std::string RecordOfSubjects(const PlotRequest& request, const PictureTarget& target,
+                             const FilterLibrary& library, const AudioInput* file,
+                             const Subjects& subjects) {
+  std::vector<TrackRecord> drawn;
+  std::vector<std::string> files;
+  for (const auto& subject : subjects) {
+    if (!subject->Calls().empty()) {
+      drawn.push_back(DrawnChain(subject->Name(), subject->Calls(), subject->Info()));
+      std::ranges::move(subject->Files(), std::back_inserter(files));
+    }
+  }
+  return PictureRecordText(request, target, library, file, drawn, files);
+}
+
 }  // namespace
 
 std::string Plot(const PlotRequest& request) {
@@ -172,7 +185,8 @@ std::string Plot(const PlotRequest& request) {
   CheckPictureTarget(request, chains);
 
   Readings readings(request, log);
-  const std::string beside = request.silence_s || request.input == "-" ? "" : request.input;
+  const std::string& known = KnownInput(request);
+  const std::string beside = request.silence_s || known == "-" ? "" : known;
   const ChainSettings settings = {.data = {beside, request.allowMissing, request.libraryTail},
                                   .allowTruncated = request.allowTruncated};
   Subjects subjects;
@@ -180,6 +194,7 @@ std::string Plot(const PlotRequest& request) {
   for (const NamedChain& chain : chains) {
     subjects.push_back(std::make_unique<PlotSubject>(chain.name, chain.calls, library,
                                                      readings.Open(), settings, log));
+    RequireNotRead(request.output, subjects.back()->Files());
     titles.push_back(TitleOf(*subjects.back(), request));
   }
   PanelMaker maker(
@@ -188,7 +203,8 @@ std::string Plot(const PlotRequest& request) {
   const Layout layout = LayOut(maker.Plans(size ? size->width : DefaultWidth), size);
   PullAll(subjects, maker, layout, readings, request.seed, log);
   const std::vector<Panel> panels = maker.Make(layout);
-  WritePicture(target, titles.front(), panels, layout, log);
+  WritePicture(target, titles.front(), panels, layout,
+               RecordOfSubjects(request, target, library, readings.File(), subjects), log);
   return request.layout ? DescribeLayout(panels, layout) : "";
 }
 

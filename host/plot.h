@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "host/chain_options.h"
+#include "host/run.h"
 
 namespace wavechain {
 
@@ -36,6 +37,8 @@ struct PlotRequest {
   bool allowTruncated = false;
   bool allowMissing = false;
   bool libraryTail = false;
+  bool noRecord = false;  // the picture does not carry how it was made
+  std::optional<RecordedNames> recorded;
 };
 
 /// Draws the recording, what the chain makes of it, and its tracks, or the frequency response of

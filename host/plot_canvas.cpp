@@ -11,6 +11,7 @@
 #include <numbers>
 
 #include "host/failure.h"
+#include "host/picture_comment.h"
 #include "host/plot_label.h"
 
 namespace wavechain {
@@ -108,6 +109,10 @@ PictureFormat ChoosePictureFormat(const std::string& path, const std::optional<s
 std::string_view NameOf(PictureFormat format) {
   constexpr std::array<std::string_view, 3> Names = {"PNG", "SVG", "PDF"};
   return Names[static_cast<std::size_t>(format)];
+}
+
+std::string_view WordFor(PictureFormat format) {
+  return FormatNames[static_cast<std::size_t>(format)];
 }
 
 Canvas::Canvas(PictureFormat pictureFormat, const PictureSize& size, const std::string& title)
@@ -213,7 +218,10 @@ void Canvas::Clip(const Box& box) {
 
 void Canvas::Unclip() { ::cairo_restore(context.get()); }
 
-std::string Canvas::Finish() {
+std::string Canvas::Finish(const std::string& comment) {
+  if (format == PictureFormat::Pdf && !comment.empty()) {
+    ::cairo_pdf_surface_set_metadata(surface.get(), CAIRO_PDF_METADATA_SUBJECT, comment.c_str());
+  }
   cairo_status_t status = ::cairo_status(context.get());
   if (status == CAIRO_STATUS_SUCCESS && format == PictureFormat::Png) {
     status = ::cairo_surface_write_to_png_stream(surface.get(), Append, bytes.get());
@@ -227,6 +235,9 @@ std::string Canvas::Finish() {
   }
   if (format == PictureFormat::Pdf) {
     BlankDate(*bytes);
+  } else if (!comment.empty()) {
+    *bytes = format == PictureFormat::Png ? WithPngComment(*bytes, comment)
+                                          : WithSvgComment(*bytes, comment);
   }
   return std::move(*bytes);
 }

@@ -21,6 +21,8 @@ enum class PictureFormat { Png, Svg, Pdf };
 PictureFormat ChoosePictureFormat(const std::string& path, const std::optional<std::string>& name);
 /// "PNG".
 std::string_view NameOf(PictureFormat format);
+/// "png", as ChoosePictureFormat takes it.
+std::string_view WordFor(PictureFormat format);
 
 enum class Anchor { Start, Middle, End };
 
@@ -50,8 +52,9 @@ class Canvas {
   void Clip(const Box& box);
   void Unclip();
 
-  /// Completes the picture and hands its bytes over. Fails (output) where drawing failed.
-  std::string Finish();
+  /// Completes the picture, with a comment inside unless it is empty, and hands its bytes over.
+  /// Fails (output) where drawing failed.
+  std::string Finish(const std::string& comment);
 
   /// How far the text goes, in any picture.
   static double TextWidth(std::string_view text, bool bold = false);

@@ -76,6 +76,7 @@ void AddTheRest(CLI::App& plot, PlotRequest& request) {
                 "draw with filters whose data files are missing or empty: they add nothing");
   plot.add_flag("--library-tail", request.libraryTail,
                 "leave the last 1024 samples as the library does");
+  plot.add_flag("--no-record", request.noRecord, "do not note in OUT how it was made");
   plot.add_flag("--force", request.force, "replace OUT where it exists");
   plot.add_flag("--allow-truncated", request.allowTruncated,
                 "take what is there of a recording that was cut short");

@@ -8,10 +8,11 @@
 namespace wavechain {
 
 void WritePicture(const PictureTarget& target, const std::string& title,
-                  const std::vector<Panel>& panels, const Layout& layout, Log& log) {
+                  const std::vector<Panel>& panels, const Layout& layout,
+                  const std::string& comment, Log& log) {
   Canvas canvas(target.format, layout.size, title);
   Draw(canvas, panels, layout);
-  const std::string bytes = canvas.Finish();
+  const std::string bytes = canvas.Finish(comment);
   const auto output = OpenOutput(target.path, target.replace);
   if (const int error = WriteAll(output->Descriptor(), bytes.data(), bytes.size())) {
     StopIfInterrupted();

@@ -21,10 +21,11 @@ struct PictureTarget {
   double Finesse() const { return format == PictureFormat::Png ? 1.0 : 2.0; }
 };
 
-/// Draws the panels and writes the picture, whole or not at all, and says so in the log. Fails
-/// (output) where that is not possible.
+/// Draws the panels and writes the picture, whole or not at all, and says so in the log; the
+/// comment goes inside, unless it is empty. Fails (output) where that is not possible.
 void WritePicture(const PictureTarget& target, const std::string& title,
-                  const std::vector<Panel>& panels, const Layout& layout, Log& log);
+                  const std::vector<Panel>& panels, const Layout& layout,
+                  const std::string& comment, Log& log);
 
 }  // namespace wavechain
 

@@ -14,6 +14,7 @@
 #include "host/plot_layout.h"
 #include "host/plot_panel.h"
 #include "host/plot_picture.h"
+#include "host/plot_record.h"
 #include "host/plot_trace.h"
 #include "host/text.h"
 
@@ -170,7 +171,15 @@ std::string PlotResponse(const PlotRequest& request) {
     plans.push_back({panel.kind, static_cast<int>(TitleLines(panel.title, plotWidth).size())});
   }
   const Layout layout = LayOut(plans, size);
-  WritePicture(target, title, panels, layout, log);
+  std::vector<TrackRecord> drawn;
+  drawn.reserve(chains.size());
+  for (const NamedChain& chain : chains) {
+    drawn.push_back(DrawnChain(chain.name, chain.calls));
+  }
+  PlotRequest measured = request;
+  measured.rate = rate;
+  const std::string record = PictureRecordText(measured, target, library, nullptr, drawn, {});
+  WritePicture(target, title, panels, layout, record, log);
   return request.layout ? DescribeLayout(panels, layout) : "";
 }
 

@@ -34,6 +34,8 @@ class PlotSubject {
   const std::vector<FilterCall>& Calls() const { return calls; }
   const SignalInfo& Info() const { return chain->Output(); }
   double Duration_s() const;
+  /// All files that are read for it beside its source.
+  std::vector<std::string> Files() const { return chain->Files(); }
   /// The events that its filters render, a list for each file.
   const std::vector<EventInstants>& Events() const { return events; }
   /// A measure with a unit of its own, not a sound.

@@ -48,6 +48,41 @@ std::optional<Value> TakenIf(const Object& json, const char* key) {
   return json.contains(key) ? std::optional(json.at(key).get<Value>()) : std::nullopt;
 }
 
+Object PictureJson(const PictureRecord& picture) {
+  Object json = Object::object();
+  PutFlag(json, "response", picture.response);
+  PutFlag(json, "phase", picture.phase);
+  PutIf(json, "from_s", picture.from_s);
+  PutIf(json, "to_s", picture.to_s);
+  PutIf(json, "max_frequency_hz", picture.highest_Hz);
+  json["window_ms"] = picture.window_ms;
+  json["dynamics_db"] = picture.dynamics_dB;
+  PutIf(json, "size", picture.size);
+  return json;
+}
+
+PictureRecord PictureFrom(const Object& json) {
+  return {.response = json.value("response", false),
+          .phase = json.value("phase", false),
+          .from_s = TakenIf<double>(json, "from_s"),
+          .to_s = TakenIf<double>(json, "to_s"),
+          .highest_Hz = TakenIf<double>(json, "max_frequency_hz"),
+          .window_ms = json.at("window_ms").get<double>(),
+          .dynamics_dB = json.at("dynamics_db").get<double>(),
+          .size = TakenIf<std::string>(json, "size")};
+}
+
+void TakeChains(const Object& json, Provenance& record) {
+  for (const Object& track : json.value("tracks", Object::array())) {
+    record.tracks.push_back({track.at("name").get<std::string>(),
+                             track.at("filters").get<std::vector<std::string>>(),
+                             track.at("unit").get<std::string>()});
+  }
+  if (record.tracks.empty() || json.contains("filters")) {
+    record.filters = json.at("filters").get<std::vector<std::string>>();
+  }
+}
+
 void TakeOptions(const Object& options, Provenance& record) {
   record.seed = options.at("seed").get<unsigned>();
   record.block = options.at("block").get<int>();
@@ -67,18 +102,13 @@ Provenance Taken(const Object& json) {
   record.rate = TakenIf<double>(input, "rate_hz");
   record.type = TakenIf<std::string>(input, "type");
   record.channel = TakenIf<int>(input, "channel");
-  if (!record.silence_s) {
+  if (json.contains("picture")) {
+    record.picture = PictureFrom(json.at("picture"));
+  }
+  if (!record.silence_s && !(record.picture && record.picture->response)) {
     record.input = FileFrom(input);
   }
-  if (json.contains("tracks")) {
-    for (const Object& track : json.at("tracks")) {
-      record.tracks.push_back({track.at("name").get<std::string>(),
-                               track.at("filters").get<std::vector<std::string>>(),
-                               track.at("unit").get<std::string>()});
-    }
-  } else {
-    record.filters = json.at("filters").get<std::vector<std::string>>();
-  }
+  TakeChains(json, record);
   for (const Object& file : json.at("files")) {
     record.files.push_back(FileFrom(file));
   }
@@ -111,18 +141,24 @@ Object Provenance::Json() const {
   PutFlag(options, "no_validity", noValidity);
   Object outputJson = {{"format", format}};
   PutIf(outputJson, "encoding", encoding);
-  if (tracks.empty()) {
+  if (tracks.empty() && !picture) {
     outputJson["unit"] = unit;
     outputJson["full_scale"] = fullScale;
   }
-  return {{"wavechain", program},
-          {"library", libraryJson},
-          {"input", inputJson},
-          tracks.empty() ? Object::array({"filters", filters})
-                         : Object::array({"tracks", TracksJson(tracks)}),
-          {"files", filesJson},
-          {"options", options},
-          {"output", outputJson}};
+  Object json = {{"wavechain", program}, {"library", libraryJson}, {"input", inputJson}};
+  if (tracks.empty() || picture) {
+    json["filters"] = filters;
+  }
+  if (!tracks.empty()) {
+    json["tracks"] = TracksJson(tracks);
+  }
+  json["files"] = filesJson;
+  json["options"] = options;
+  json["output"] = outputJson;
+  if (picture) {
+    json["picture"] = PictureJson(*picture);
+  }
+  return json;
 }
 
 Provenance Provenance::FromJson(const Object& json, const std::string& file) {

@@ -22,19 +22,31 @@ struct TrackRecord {
   double fullScale = 0.0;
 };
 
+/// What a picture shows, beside its signals.
+struct PictureRecord {
+  bool response = false;
+  bool phase = false;
+  std::optional<double> from_s = {};
+  std::optional<double> to_s = {};
+  std::optional<double> highest_Hz = {};
+  double window_ms = 0.0;
+  double dynamics_dB = 0.0;
+  std::optional<std::string> size = {};
+};
+
 /// How an output was made: everything that it takes to make it again, and nothing of the time and
 /// the place.
 struct Provenance {
   std::string program;  // its version
   FileRecord library;   // its file's own name, without folders
   std::optional<std::string> givenLibrary;
-  std::optional<FileRecord> input;  // nothing for silence
+  std::optional<FileRecord> input;  // nothing for silence and for responses
   std::optional<int> channel;
   std::optional<std::string> type;  // of raw samples
   std::optional<double> silence_s;
   std::optional<double> rate;
   std::vector<std::string> filters;
-  std::vector<TrackRecord> tracks;  // in place of the filters
+  std::vector<TrackRecord> tracks;  // in place of the filters; in pictures beside them
   std::vector<FileRecord> files;    // data files and second signals
   unsigned seed = 1;
   int block = 0;
@@ -46,6 +58,7 @@ struct Provenance {
   std::optional<std::string> encoding;
   std::string unit;
   double fullScale = 0.0;
+  std::optional<PictureRecord> picture;
 
   nlohmann::ordered_json Json() const;
   /// What Json() gave. Fails (input) where it is none; `file` is named in messages.
@@ -58,8 +71,8 @@ std::string CommentOf(const std::string& words, const Provenance& record);
 /// The record for people, line by line.
 std::string ProvenanceText(const Provenance& record);
 
-/// Reads the record that a file carries: in its comment, in a .json file beside it, or as that
-/// file itself. Fails (input) where the file is not there, or carries none.
+/// Reads the record that a file carries: in its comment or metadata, in a .json file beside it, or
+/// as that file itself. Fails (input) where the file is not there, or carries none.
 nlohmann::ordered_json ReadRecord(const std::string& path);
 
 /// Whether the file is a record of its own, as it stands beside an output.

@@ -13,6 +13,9 @@ std::string FileText(const FileRecord& file) {
 }
 
 std::string InputText(const Provenance& record) {
+  if (record.picture && record.picture->response) {
+    return fmt::format("an impulse at {} Hz", NumberText(record.rate.value_or(0.0)));
+  }
   if (!record.input) {
     return fmt::format("silence, {} s at {} Hz", NumberText(record.silence_s.value_or(0.0)),
                        NumberText(record.rate.value_or(0.0)));
@@ -34,6 +37,21 @@ std::string OptionsText(const Provenance& record) {
   return text;
 }
 
+// As one would type it.
+std::string PictureText(const PictureRecord& picture) {
+  std::string text = picture.response ? "--response " : "";
+  text += picture.phase ? "--phase " : "";
+  const auto add = [&text](const char* option, const std::optional<double>& value) {
+    text += value ? fmt::format("{} {} ", option, NumberText(*value)) : "";
+  };
+  add("--from", picture.from_s);
+  add("--to", picture.to_s);
+  add("--max-frequency", picture.highest_Hz);
+  text += picture.size ? fmt::format("--size {} ", OneLine(*picture.size)) : "";
+  return text + fmt::format("--window {} --dynamics {}", NumberText(picture.window_ms),
+                            NumberText(picture.dynamics_dB));
+}
+
 }  // namespace
 
 std::string ProvenanceText(const Provenance& record) {
@@ -53,6 +71,7 @@ std::string ProvenanceText(const Provenance& record) {
   text += fmt::format("options  {}\noutput   {}{}", OptionsText(record), record.format,
                       record.encoding ? ", " + *record.encoding : "");
   text += record.unit.empty() ? "" : ", unit " + OneLine(record.unit);
+  text += record.picture ? "\npicture  " + PictureText(*record.picture) : "";
   return text + "\n";
 }
 

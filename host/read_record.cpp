@@ -10,6 +10,7 @@
 
 #include "host/failure.h"
 #include "host/file.h"
+#include "host/picture_comment.h"
 #include "host/provenance.h"
 #include "host/sound_file.h"
 #include "host/ssff_reader.h"
@@ -104,6 +105,9 @@ Object ReadRecord(const std::string& path) {
   if (auto inside = InComment(NpzComment(path))) {
     return *inside;
   }
+  if (auto inside = InComment(PictureComment(path))) {
+    return *inside;
+  }
   if (auto inside = InComment(SoundComment(path))) {
     return *inside;
   }
@@ -114,7 +118,8 @@ Object ReadRecord(const std::string& path) {
     return *itself;
   }
   Fail(ExitStatus::Input,
-       "{}: carries no record of how it was made, nor is there one in {}; wavechain run writes it",
+       "{}: carries no record of how it was made, nor is there one in {}; wavechain run and plot "
+       "write it",
        path, RecordPath(path));
 }
 

@@ -7,7 +7,7 @@ namespace wavechain {
 
 void RecordCommands::AddTo(CLI::App& app) {
   CLI::App* show = app.add_subcommand("show", "Tell how an output was made");
-  show->add_option("FILE", shown, "what wavechain run wrote")->required()->type_name("");
+  show->add_option("FILE", shown, "what wavechain run or plot wrote")->required()->type_name("");
   show->add_flag("--json", json, "as JSON");
   show->callback([this] {
     const nlohmann::ordered_json record = ReadRecord(shown);
@@ -16,7 +16,9 @@ void RecordCommands::AddTo(CLI::App& app) {
   });
 
   CLI::App* again = app.add_subcommand("rerun", "Make an output again, byte for byte");
-  again->add_option("FILE", rerun.file, "what wavechain run wrote")->required()->type_name("");
+  again->add_option("FILE", rerun.file, "what wavechain run or plot wrote")
+      ->required()
+      ->type_name("");
   again
       ->add_option("OUT", rerun.output,
                    "where to write it; without it, what is made is compared with FILE")

@@ -8,10 +8,12 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <utility>
 
 #include "host/failure.h"
 #include "host/file.h"
 #include "host/filter_library.h"
+#include "host/plot.h"
 #include "host/provenance.h"
 #include "host/run.h"
 #include "host/sha256.h"
@@ -104,6 +106,39 @@ void RequireLibrary(const Provenance& record, const RerunRequest& request) {
   }
 }
 
+PlotRequest AsPlot(const Provenance& record, const RerunRequest& request) {
+  PlotRequest plot;
+  plot.input = record.input ? request.input.value_or(record.input->name) : "";
+  plot.recorded = {record.input ? record.input->name : "", record.givenLibrary};
+  for (const std::string& filter : record.filters) {
+    plot.chain.push_back({false, filter});
+  }
+  for (const TrackRecord& track : record.tracks) {
+    plot.tracks.push_back(fmt::format("{}={}", track.name, fmt::join(track.filters, " | ")));
+  }
+  plot.library = request.library;
+  plot.channel = record.channel;
+  plot.type = record.type;
+  plot.format = record.format;
+  plot.silence_s = record.silence_s;
+  plot.rate = record.rate;
+  plot.seed = record.seed;
+  plot.allowTruncated = record.allowTruncated;
+  plot.allowMissing = record.allowMissing;
+  plot.libraryTail = record.libraryTail;
+  plot.response = record.picture->response;
+  plot.phase = record.picture->phase;
+  plot.from_s = record.picture->from_s;
+  plot.to_s = record.picture->to_s;
+  plot.highest_Hz = record.picture->highest_Hz;
+  plot.window_ms = record.picture->window_ms;
+  plot.dynamics_dB = record.picture->dynamics_dB;
+  plot.size = record.picture->size;
+  plot.force = request.force;
+  plot.quiet = request.quiet;
+  return plot;
+}
+
 RunRequest AsRun(const Provenance& record, const RerunRequest& request) {
   RunRequest run;
   run.input = record.input ? request.input.value_or(record.input->name) : "";
@@ -129,6 +164,18 @@ RunRequest AsRun(const Provenance& record, const RerunRequest& request) {
   run.force = request.force;
   run.quiet = request.quiet;
   return run;
+}
+
+void Make(const Provenance& record, const RerunRequest& request, const std::string& output) {
+  if (record.picture) {
+    PlotRequest plot = AsPlot(record, request);
+    plot.output = output;
+    Plot(plot);
+    return;
+  }
+  RunRequest run = AsRun(record, request);
+  run.output = output;
+  Run(run);
 }
 
 // The first byte at which two files differ; nothing where they do not.
@@ -169,23 +216,21 @@ std::string Rerun(const RerunRequest& asked) {
       Fail(ExitStatus::Input, "--folder {}: {}", *request.folder, SystemText(errno));
     }
   }
-  RunRequest run = AsRun(record, request);
   RequireLibrary(record, request);
   RequireInputs(record, request);
   if (request.output) {
-    run.output = *request.output;
-    Run(run);
+    Make(record, request, *request.output);
     return "";
   }
   const ScratchFolder scratch;
-  run.output = scratch.Path("again");
-  run.quiet = true;
-  Run(run);
-  RequireEqual(made, run.output);
-  if (std::filesystem::exists(RecordPath(run.output))) {
-    RequireEqual(RecordPath(made), RecordPath(run.output));
+  const std::string again = scratch.Path("again");
+  const bool tells = !std::exchange(request.quiet, true);
+  Make(record, request, again);
+  RequireEqual(made, again);
+  if (std::filesystem::exists(RecordPath(again))) {
+    RequireEqual(RecordPath(made), RecordPath(again));
   }
-  return request.quiet ? "" : fmt::format("{}: made again, byte for byte\n", OneLine(made));
+  return !tells ? "" : fmt::format("{}: made again, byte for byte\n", OneLine(made));
 }
 
 }  // namespace wavechain

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
 
 #include "host/failure.h"
 #include "host/interrupt.h"
@@ -32,14 +33,6 @@ FileRecord LibraryRecord(const std::string& path) {
   return {(error ? std::filesystem::path(path) : real).filename().string(), Sha256(path)};
 }
 
-void RecordFiles(const std::vector<std::string>& paths, std::vector<FileRecord>& files) {
-  for (const std::string& path : paths) {
-    if (std::ranges::find(files, path, &FileRecord::name) == files.end()) {
-      files.push_back({path, Sha256(path)});
-    }
-  }
-}
-
 std::vector<std::string> Texts(const std::vector<FilterCall>& calls) {
   std::vector<std::string> texts;
   texts.reserve(calls.size());
@@ -51,8 +44,17 @@ std::vector<std::string> Texts(const std::vector<FilterCall>& calls) {
 
 }  // namespace
 
-Provenance RecordOf(const RunRequest& request, const OutputFormat& format,
-                    const FilterLibrary& library, const AudioInput* file) {
+void RecordFiles(const std::vector<std::string>& paths, Provenance& record) {
+  std::vector<FileRecord>& files = record.files;
+  for (const std::string& path : paths) {
+    if (std::ranges::find(files, path, &FileRecord::name) == files.end()) {
+      files.push_back({path, Sha256(path)});
+    }
+  }
+}
+
+Provenance RecordOfInput(const RunRequest& request, const FilterLibrary& library,
+                         const AudioInput* file) {
   Provenance record;
   record.program = WAVECHAIN_VERSION;
   record.library = LibraryRecord(library.Path());
@@ -71,6 +73,12 @@ Provenance RecordOf(const RunRequest& request, const OutputFormat& format,
   record.allowMissing = request.allowMissing;
   record.libraryTail = request.libraryTail;
   record.noValidity = request.noValidity;
+  return record;
+}
+
+Provenance RecordOf(const RunRequest& request, const OutputFormat& format,
+                    const FilterLibrary& library, const AudioInput* file) {
+  Provenance record = RecordOfInput(request, library, file);
   record.format = format.container->name;
   if (format.IsSound()) {
     record.encoding = std::string(format.encoding->name);
@@ -82,13 +90,13 @@ void RecordChain(const std::vector<FilterCall>& calls, const Chain& chain, Prove
   record.filters = Texts(calls);
   record.unit = chain.Output().units;
   record.fullScale = chain.Output().fullScale;
-  RecordFiles(chain.Files(), record.files);
+  RecordFiles(chain.Files(), record);
 }
 
 void RecordTrack(const std::string& name, const std::vector<FilterCall>& calls, const Chain& chain,
                  Provenance& record) {
   record.tracks.push_back({name, Texts(calls), chain.Output().units, chain.Output().fullScale});
-  RecordFiles(chain.Files(), record.files);
+  RecordFiles(chain.Files(), record);
 }
 
 RecordKeeper::RecordKeeper(const RunRequest& request, const OutputFormat& format,
@@ -106,6 +114,9 @@ RecordKeeper::RecordKeeper(const RunRequest& request, const OutputFormat& format
   // A record whose output is gone makes way for the next one.
   const bool replace = request.force || IsRecord(path);
   CheckTarget(path, replace, std::nullopt);
+  std::vector<std::string> read = {record.input ? record.input->name : "-"};
+  std::ranges::transform(record.files, std::back_inserter(read), &FileRecord::name);
+  RequireNotRead(path, read);
   beside = OpenOutput(path, replace);
   const std::string text =
       record.Json().dump(2, ' ', true, nlohmann::ordered_json::error_handler_t::replace) + "\n";

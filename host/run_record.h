@@ -18,6 +18,11 @@ namespace wavechain {
 /// their hashes. `file` is null for silence.
 Provenance RecordOf(const RunRequest& request, const OutputFormat& format,
                     const FilterLibrary& library, const AudioInput* file);
+/// The same without what is written.
+Provenance RecordOfInput(const RunRequest& request, const FilterLibrary& library,
+                         const AudioInput* file);
+/// Adds files that were read, each once, with their hashes.
+void RecordFiles(const std::vector<std::string>& paths, Provenance& record);
 /// Adds the filters of a chain, and hashes what it reads.
 void RecordChain(const std::vector<FilterCall>& calls, const Chain& chain, Provenance& record);
 /// The same for one of several chains.

@@ -3,9 +3,13 @@
 import hashlib
 import json
 import os
+import re
 import shutil
+import struct
 import subprocess
 import unittest
+import zlib
+from xml.etree import ElementTree
 
 from wavechain_runs import SAMPLES, WAVECHAIN, Folder, wavechain
 
@@ -100,7 +104,7 @@ class Shown(Records):
             self.assertFalse((self.folder / (name + ".json")).exists())
             _, said = self.call("show", name, status=2)
             self.assertEqual(said, f"wavechain: {name}: carries no record of how it was made, nor is there one in "
-                                   f"{name}.json; wavechain run writes it\n")
+                                   f"{name}.json; wavechain run and plot write it\n")
 
     def test_standard_output_has_it_where_the_format_has_room(self):
         for extension, found in (("wav", True), ("csv", False)):
@@ -273,6 +277,180 @@ class Again(Records):
         self.assertEqual(done.returncode, 3)
         self.assertEqual(done.stderr.decode(), "wavechain: cannot make a temporary folder in /nowhere: No such file or "
                                                "directory; set TMPDIR\n")
+
+
+class Pictures(Records):
+    """Pictures carry it inside, where other programs find it, too."""
+
+    FORMATS = ("png", "svg", "pdf")
+
+    def draw(self, out, *words, input_name="take3.wav", **options):
+        names = [input_name] if input_name else []
+        self.call("plot", *names, out, "-q", *words, **options)
+
+    def inside(self, name):
+        """The comment's text, as the format's own rules have it."""
+        data = (self.folder / name).read_bytes()
+        if name.endswith("png"):
+            texts, at = [], 8
+            while at < len(data):
+                length, kind = struct.unpack_from(">I4s", data, at)
+                content = data[at + 8 : at + 8 + length]
+                self.assertEqual(struct.unpack_from(">I", data, at + 8 + length)[0], zlib.crc32(kind + content))
+                texts += [content] if kind == b"tEXt" else []
+                at += 12 + length
+            self.assertEqual(len(texts), 1)
+            return texts[0].removeprefix(b"Comment\0").decode("latin-1")
+        if name.endswith("svg"):
+            return ElementTree.fromstring(data).find("{http://www.w3.org/2000/svg}metadata").text
+        subject = re.search(rb"\n +/Subject (.*)\n", data).group(1)
+        if subject.startswith(b"<"):
+            return bytes.fromhex(subject[1:-1].decode()).decode("utf-16")
+        return subject[1:-1].decode("ascii")
+
+    def expect_same(self, name, *words):
+        self.assertEqual(self.call("rerun", name, *words)[0].decode(), f"{name}: made again, byte for byte\n")
+        self.call("rerun", name, "again", "-q", "--force", *words)
+        self.assertEqual((self.folder / "again").read_bytes(), (self.folder / name).read_bytes())
+        self.assertFalse((self.folder / (name + ".json")).exists())
+
+    def test_each_format_has_it_inside(self):
+        for form in self.FORMATS:
+            with self.subTest(form):
+                out = f"o.{form}"
+                self.draw(out, "--seed", 7, "--from", 0.25, "--to", 0.75, "--window", 5, "--size", "400x500", "-f", "FIRFilter 9",
+                          "--track", "lip=BeamPel 4", "--track", "speed=BeamData mode=speed | FIRFilter 20")
+                record = self.record(out)
+                self.assertEqual(json.loads(self.inside(out)), record)
+                self.assertEqual(record["input"], {"file": "take3.wav", "sha256": sha256(SAMPLES / "take3.wav")})
+                self.assertEqual(record["library"], {"file": os.path.basename(LIBRARY), "sha256": sha256(LIBRARY)})
+                self.assertEqual(record["filters"], ["FIRFilter half_length=9"])
+                self.assertEqual([(t["name"], t["filters"], t["unit"]) for t in record["tracks"]], [
+                    ("lip", ["BeamPel column=4"], "mm"), ("speed", ["BeamData mode=5", "FIRFilter half_length=20"], "mm/ms")])
+                self.assertEqual(record["files"], [{"file": name, "sha256": sha256(self.folder / name)} for name in ("take3.xyd", "pal.dat")])
+                self.assertEqual(record["options"], {"seed": 7, "block": 4096})
+                self.assertEqual(record["output"], {"format": form})
+                self.assertEqual(record["picture"], {"from_s": 0.25, "to_s": 0.75, "window_ms": 5.0, "dynamics_db": 70.0, "size": "400x500"})
+                self.expect_same(out)
+
+    def test_for_people(self):
+        self.draw("o.png", "--from", 0.25, "--max-frequency", 5000, "--track", "lip=BeamPel 4")
+        text = self.call("show", "o.png")[0].decode()
+        self.assertIn(f"input    take3.wav (SHA-256 {sha256(SAMPLES / 'take3.wav')})\n", text)
+        self.assertIn("track    lip: BeamPel column=4, unit mm\n", text)
+        self.assertTrue(text.endswith("output   png\npicture  --from 0.25 --max-frequency 5000 --window 15 --dynamics 70\n"), text)
+        self.draw("r.svg", "--response", "--phase", "--rate", 16000, "-f", "FIRFilter 9", input_name=None)
+        text = self.call("show", "r.svg")[0].decode()
+        self.assertIn("input    an impulse at 16000 Hz\nchain    FIRFilter half_length=9\n", text)
+        self.assertIn("picture  --response --phase --window 15 --dynamics 70\n", text)
+
+    def test_signs_that_a_format_writes_otherwise(self):
+        shutil.copy(self.folder / "take3.wav", self.folder / "a(b)\\<&>'t\u00f6n.wav")
+        for form in self.FORMATS:
+            with self.subTest(form):
+                self.draw(f"o.{form}", "--to", 0.1, "-f", "SumSources with=\"a(b)\\\\<&>'t\u00f6n.wav\"",
+                          input_name="a(b)\\<&>'t\u00f6n.wav")
+                self.assertEqual(self.record(f"o.{form}")["input"]["file"], "a(b)\\<&>'t\u00f6n.wav")
+                self.assertEqual(json.loads(self.inside(f"o.{form}")), self.record(f"o.{form}"))
+                self.expect_same(f"o.{form}")
+
+    def test_options(self):
+        (self.folder / "raw.s16").write_bytes(bytes(range(256)) * 40)
+        (self.folder / "c.toml").write_text('[[filter]]\nkind = "FIRNotch"\nhalf_length = 50\n')
+        silence = ("--silence", 0.5, "--rate", 8000)
+        # What the words in the picture show must come back as well: what was given of the parameters.
+        cases = {
+            "alone.png": [],
+            "given.png": ["--to", 0.2, "-f", "FIRNotch 100", "-f", "SineFilter"],
+            "rate.png": ["--to", 0.2, "-f", "ResampleBlackman rate=8000 quality=fast"],
+            "chain.pdf": ["--to", 0.2, "--chain", "c.toml", "--dynamics", 50, "--library-tail"],
+            "raw.png": ["raw.s16", "-t", "s16", "--rate", 8000, "--channel", 1],
+            "noise.svg": [None, *silence, "--seed", 9, "-f", "FricSyn events=noise.fla"],
+            "response.pdf": [None, "--response", "-f", "FIRNotch 100"],
+            "several.png": [None, "--response", "--phase", "--rate", 16000, "--track", "a=FIRFilter 5", "--track", "b=FIRFilter 9"],
+        }
+        for name, words in cases.items():
+            with self.subTest(name):
+                given = words[0] if words and not str(words[0]).startswith("-") else "take3.wav"
+                self.draw(name, *words[1 if given != "take3.wav" else 0 :], input_name=given)
+                self.expect_same(name)
+
+    def test_a_recording_that_lies_elsewhere_by_now_or_came_through_a_pipe(self):
+        self.draw("o.png", "--to", 0.2, "--track", "tip=BeamPel data=take3.xyd")
+        with open(self.folder / "take3.wav", "rb") as file:
+            self.draw("piped.png", "--to", 0.2, input_name="-", stdin=file)
+        (self.folder / "take3.wav").rename(self.folder / "other.wav")
+        self.expect_refusal("take3.wav: cannot be opened: No such file or directory; name the folder that it is relative to by "
+                            "--folder DIR, or the recording by --input FILE", "o.png")
+        self.expect_refusal("piped.png: was made from standard input; save that in a file and name it by --input FILE", "piped.png")
+        self.expect_same("o.png", "--input", "other.wav")
+        self.expect_same("piped.png", "--input", "other.wav")
+
+    def test_an_input_or_a_picture_that_was_changed_since(self):
+        self.draw("o.svg", "--to", 0.2, "--track", "tip=BeamPel")
+        text = (self.folder / "o.svg").read_text()
+        at = text.rindex("M ")
+        (self.folder / "o.svg").write_text(text[:at] + "m " + text[at + 2 :])
+        self.expect_refusal(f"o.svg: is not what its record makes: they differ from byte {len(text[:at].encode())} on", "o.svg")
+        with open(self.folder / "take3.xyd", "a", encoding="ascii") as file:
+            file.write("\n")
+        self.call("rerun", "o.svg", status=2)
+
+    def test_none_when_not_wanted(self):
+        for form in self.FORMATS:
+            self.draw(f"o.{form}", "--to", 0.1, "--no-record")
+            self.draw(f"with.{form}", "--to", 0.1)
+            self.assertLess(os.path.getsize(self.folder / f"o.{form}"), os.path.getsize(self.folder / f"with.{form}"))
+            self.call("show", f"o.{form}", status=2)
+
+    def test_standard_output_has_it(self):
+        out, _ = self.call("plot", "take3.wav", "-", "--format", "png", "--to", 0.1, "-q")
+        (self.folder / "piped.png").write_bytes(out)
+        self.expect_same("piped.png")
+
+    def test_a_damaged_picture_carries_none_or_says_so(self):
+        for form in self.FORMATS:
+            self.draw(f"o.{form}", "--to", 0.1)
+            data = (self.folder / f"o.{form}").read_bytes()
+            start = data.index(b"wavechain")
+            for length in (4, 12, start - 20, start + 40):
+                (self.folder / f"cut.{form}").write_bytes(data[:length])
+                _, said = self.call("show", f"cut.{form}", status=2)
+                self.assertIn("carries no record", said)
+
+
+class Kept(Records):
+    """--force replaces an output, never what the run reads."""
+
+    def expect_kept(self, name, *words):
+        before = (self.folder / name).read_bytes()
+        _, said = self.call(*words, "-q", "--force", status=3)
+        self.assertEqual(said.splitlines()[-1], f"wavechain: {words[-1]}: is read by a filter; name another output")
+        self.assertEqual((self.folder / name).read_bytes(), before)
+
+    def test_data_files(self):
+        # By another name, too.
+        (self.folder / "link").symlink_to("take3.xyd")
+        os.link(self.folder / "pal.dat", self.folder / "twin")
+        for name, out, chain in (
+            ("take3.xyd", "take3.xyd", "BeamPel"),
+            ("take3.xyd", "link", "BeamPel data=take3.xyd"),
+            ("pal.dat", "./pal.dat", "BeamData palate"),
+            ("pal.dat", "twin", "BeamData mode=8 palate=pal.dat"),
+            ("noise.fla", "noise.fla", "FricSyn events=noise.fla"),
+            ("take3.xyd", "take3.xyd", "SumSources with='take3.wav | BeamPel'"),
+        ):
+            with self.subTest(chain):
+                self.expect_kept(name, "run", "take3.wav", "--format", "wav", "-f", chain, out)
+                self.expect_kept(name, "run", "take3.wav", "--format", "csv", "--track", f"a={chain}", out)
+                self.expect_kept(name, "plot", "take3.wav", "--format", "png", "-f", chain, out)
+                self.expect_kept(name, "plot", "take3.wav", "--format", "png", "--track", f"a={chain}", out)
+
+    def test_what_stands_beside_the_output(self):
+        shutil.move(self.folder / "noise.fla", self.folder / "noise.csv.json")
+        self.call("run", "take3.wav", "noise.csv", "-q", "--force", "-f", "FricSyn events=noise.csv.json", status=3)
+        self.assertEqual((self.folder / "noise.csv.json").read_text(), "100 0.5 0.1\n300 0.2\n")
+        self.assertFalse((self.folder / "noise.csv").exists())
 
 
 if __name__ == "__main__":
