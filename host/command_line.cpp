@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "host/audio_format.h"
+#include "host/batch_command.h"
 #include "host/catalogue_text.h"
 #include "host/check.h"
 #include "host/command_table.h"
@@ -20,26 +20,17 @@
 #include "host/input_options.h"
 #include "host/interrupt.h"
 #include "host/man_page.h"
+#include "host/output_options.h"
 #include "host/plot_command.h"
 #include "host/print.h"
 #include "host/record_commands.h"
 #include "host/run.h"
 #include "host/skeleton.h"
 #include "host/text.h"
-#include "host/track_run.h"
 #include "host/version.h"
 
 namespace wavechain {
 namespace {
-
-template <class Entry>
-std::string Choices(std::span<const Entry> table) {
-  std::vector<std::string_view> names;
-  for (const Entry& entry : table) {
-    names.push_back(entry.name);
-  }
-  return Joined(names);
-}
 
 // A run on silence has no IN: the one file named is OUT.
 void TakeFiles(const CLI::Option& in, const CLI::Option& out, RunRequest& request) {
@@ -70,24 +61,9 @@ void AddRun(CLI::App& app, RunRequest& request) {
       "output, which gets the whole file at the end. .csv, .npy, .npz and .ssff hold the numbers");
   out->type_name("");
   AddChainOptions(*run, request.chain);
-  run->add_option_function<std::string>(
-         "--track",
-         [&request](const std::string& text) { request.tracks.push_back(ParseTrack(text)); },
-         "a chain of its own into a column of its own, once for each column of a .csv, .npz or "
-         ".ssff file; in place of -f")
-      ->trigger_on_parse()
-      ->type_name("NAME=\"FILTER | FILTER\"");
+  AddTrackOption(*run, request);
   AddInputOptions(*run, request);
-  run->add_option("--encoding", request.encoding,
-                  "how samples are stored: " + Choices(Encodings()) +
-                      "; float32 by default (pcm24 in FLAC). Integers are scaled by the signal's "
-                      "full scale");
-  run->add_option("--format", request.format,
-                  "kind of file to write, whatever the extension: " + Choices(Containers()));
-  run->add_option("--seed", request.seed, "of the noise that FricSyn draws; 1 by default");
-  run->add_flag("--no-validity", request.noValidity,
-                "leave out the column of .csv and .ssff files that tells which samples of a track "
-                "have data behind them");
+  AddOutputOptions(*run, request);
   run->add_flag("--no-record", request.noRecord,
                 "do not note in OUT, or in a .json file beside it, how it was made");
   run->add_flag("--force", request.force, "replace OUT where it exists");
@@ -193,6 +169,7 @@ std::string Generated(const CLI::App& app, const std::string& form) {
 int CommandLine(int argc, const char* const* argv) {
   CatchInterrupts();
   RunRequest run;
+  BatchRequest batch;
   InfoCommand info;
   CheckCommand check;
   DiffCommand diff;
@@ -206,6 +183,7 @@ int CommandLine(int argc, const char* const* argv) {
     app.require_subcommand(0, 1);
     app.get_formatter()->column_width(26);
     AddRun(app, run);
+    AddBatch(app, batch);
     info.AddTo(app);
     check.AddTo(app);
     diff.AddTo(app);

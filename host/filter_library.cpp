@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "host/failure.h"
+#include "host/sha256.h"
 
 namespace wavechain {
 namespace {
@@ -91,6 +92,14 @@ void FilterLibrary::Open(const std::optional<std::string>& wanted) {
   }
   Fail(ExitStatus::Usage, "{} is neither beside the program nor installed; name it by --library",
        LibraryName);
+}
+
+const std::optional<std::string>& FilterLibrary::Hash() const {
+  if (!hashed) {
+    hash = Sha256(path);
+    hashed = true;
+  }
+  return hash;
 }
 
 bool FilterLibrary::Has(const FilterKind& kind) const { return static_cast<bool>(Make(kind)); }

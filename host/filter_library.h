@@ -29,6 +29,8 @@ class FilterLibrary {
   wavefilters::Ref<wavefilters::IWaveFilterC> Create(const FilterKind& kind) const;
   /// The file that was loaded.
   const std::string& Path() const { return path; }
+  /// Its SHA-256, made when it is first asked for; nothing where it cannot be read.
+  const std::optional<std::string>& Hash() const;
 
  private:
   struct Closer {
@@ -40,6 +42,8 @@ class FilterLibrary {
 
   std::unique_ptr<void, Closer> handle;
   std::string path;
+  mutable bool hashed = false;
+  mutable std::optional<std::string> hash;
   std::map<std::string_view, wavefilters::EntryPoint> entryPoints;
 };
 

@@ -19,8 +19,8 @@ struct LogLine {
 class Log {
  public:
   Log(bool isQuiet, bool isTerminal) : quiet(isQuiet), terminal(isTerminal) {}
-  /// Keeps its lines instead of writing them.
-  Log() : keeps(true) {}
+  /// Keeps its lines instead of writing them; a quiet one keeps warnings only.
+  explicit Log(bool isQuiet = false) : quiet(isQuiet), keeps(true) {}
   ~Log() { ClearProgress(); }
   Log(const Log&) = delete;
   Log& operator=(const Log&) = delete;

@@ -1,6 +1,7 @@
 #include "host/output_file.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -60,6 +61,8 @@ class FileBeside final : public OutputFile {
     if (::fsync(file.Descriptor()) != 0 && errno != EINVAL && errno != EROFS) {
       CannotWrite(Name(), errno);
     }
+    // Keeps the lock, which must outlast the temporary name.
+    const File lock(::fcntl(file.Descriptor(), F_DUPFD_CLOEXEC, 0));
     if (const int error = file.Close()) {
       CannotWrite(Name(), error);
     }
@@ -73,8 +76,11 @@ class FileBeside final : public OutputFile {
     for (int attempt = 0;; ++attempt) {
       temporary = fmt::format("{}.wavechain-{}-{}.part", FolderOf(target), ::getpid(), attempt);
       file = File(::open(temporary.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-      if (file.IsOpen()) {
+      if (file.IsOpen() && IsOurs()) {
         return;
+      }
+      if (file.IsOpen()) {
+        continue;
       }
       const int error = errno;
       temporary.clear();
@@ -82,6 +88,13 @@ class FileBeside final : public OutputFile {
         CannotWrite(Name(), error);
       }
     }
+  }
+
+  // A lock tells whoever clears away what killed programs left that this file is being written.
+  // One who came before the lock may have taken it for such a leftover.
+  bool IsOurs() const {
+    const bool taken = ::flock(file.Descriptor(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    return !taken && IdentityOf(temporary) == IdentityOf(file.Descriptor());
   }
 
   // A file that is replaced hands on its permissions, as if it had been written over.
@@ -154,6 +167,12 @@ class StandardOutput final : public OutputFile {
 };
 
 }  // namespace
+
+void OutputFile::Remove(const std::string& path) {
+  if (::unlink(Resolved(path).c_str()) != 0 && errno != ENOENT) {
+    CannotWrite(path, errno);
+  }
+}
 
 void CheckTarget(const std::string& path, bool replace, const std::optional<FileIdentity>& input) {
   if (path == "-") {

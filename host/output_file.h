@@ -19,6 +19,8 @@ class OutputFile {
   virtual int Descriptor() const = 0;
   /// Makes the result appear. Fails (output) where that is not wholly possible.
   virtual void Commit() = 0;
+  /// Removes a file where there is one; a link stays and what it leads to goes.
+  static void Remove(const std::string& path);
   /// The target, for messages.
   const std::string& Name() const { return name; }
 

@@ -170,8 +170,12 @@ Provenance Provenance::FromJson(const Object& json, const std::string& file) {
   }
 }
 
+std::string RecordLine(const Object& record) {
+  return record.dump(-1, ' ', true, Object::error_handler_t::replace);
+}
+
 std::string CommentOf(const std::string& words, const Provenance& record) {
-  const std::string json = record.Json().dump(-1, ' ', true, Object::error_handler_t::replace);
+  const std::string json = RecordLine(record.Json());
   return words.empty() ? json : words + "; " + json;
 }
 

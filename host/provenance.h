@@ -68,12 +68,18 @@ struct Provenance {
 /// The text of a comment: words for a reader first, then the record in one line of ASCII.
 std::string CommentOf(const std::string& words, const Provenance& record);
 
+/// The record in one line of ASCII: the same for two records that say the same.
+std::string RecordLine(const nlohmann::ordered_json& record);
+
 /// The record for people, line by line.
 std::string ProvenanceText(const Provenance& record);
 
 /// Reads the record that a file carries: in its comment or metadata, in a .json file beside it, or
 /// as that file itself. Fails (input) where the file is not there, or carries none.
 nlohmann::ordered_json ReadRecord(const std::string& path);
+
+/// The same as RecordLine() gives it; nothing where the file is not there, or carries none.
+std::optional<std::string> RecordLineOf(const std::string& path);
 
 /// Whether the file is a record of its own, as it stands beside an output.
 bool IsRecord(const std::string& path);

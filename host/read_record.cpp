@@ -3,6 +3,7 @@
 #include <fcntl.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
@@ -72,9 +73,12 @@ std::string NpzComment(const std::string& path) {
 
 std::string WholeFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
-  std::string text(WholeLimit, '\0');
-  file.read(text.data(), static_cast<std::streamsize>(text.size()));
-  text.resize(static_cast<std::size_t>(file.gcount()));
+  std::string text;
+  std::array<char, 1 << 12> block = {};
+  while (file && text.size() < WholeLimit) {
+    file.read(block.data(), static_cast<std::streamsize>(block.size()));
+    text.append(block.data(), static_cast<std::size_t>(file.gcount()));
+  }
   return text;
 }
 
@@ -91,6 +95,14 @@ std::optional<Object> InComment(const std::string& comment) {
 }
 
 }  // namespace
+
+std::optional<std::string> RecordLineOf(const std::string& path) {
+  try {
+    return RecordLine(ReadRecord(path));
+  } catch (const Failure&) {
+    return std::nullopt;
+  }
+}
 
 bool IsRecord(const std::string& path) { return Found(WholeFile(path)).has_value(); }
 

@@ -25,11 +25,6 @@
 namespace wavechain {
 namespace {
 
-struct Totals {
-  std::int64_t samples = 0;
-  std::int64_t nonFinite = 0;
-};
-
 std::string ProgressText(std::int64_t samples, const SignalInfo& signal) {
   const double seconds = 0.001 * signal.interval_ms * static_cast<double>(samples);
   const double percent =
@@ -38,26 +33,25 @@ std::string ProgressText(std::int64_t samples, const SignalInfo& signal) {
   return fmt::format("{:5.1f} %  {:.1f} s", percent, seconds);
 }
 
-Totals PullAll(Chain& chain, const RunInput& input, SignalWriter& writer, Log& log) {
+SignalTotals PullAll(Chain& chain, const RunInput& input, SignalWriter& writer, Log& log) {
   std::vector<float> block(BlockSamples);
-  Totals totals;
+  SignalTotals totals;
   // Asked before it is looked for an end: on an empty recording filters still report.
   do {
     StopIfInterrupted();
     const int came = chain.Pull(block.data(), BlockSamples);
     input.RequireIntact();
-    totals.samples += came;
-    totals.nonFinite += CountNonFinite(block.data(), came);
+    totals.Add(block.data(), came);
     writer.Write(block.data(), came);
     log.Progress([&] { return ProgressText(totals.samples, chain.Output()); });
   } while (!chain.AtEnd());
   return totals;
 }
 
-void WarnOfOutput(const std::string& name, const Totals& totals, const SignalWriter& writer,
+void WarnOfOutput(const std::string& name, const SignalTotals& totals, const SignalWriter& writer,
                   Log& log) {
   WarnOfOddSamples(
-      name, totals.nonFinite, log,
+      name, totals.NonFinite(), log,
       writer.Zeroed() > 0 ? fmt::format(" ({} not a number, written as 0)", writer.Zeroed()) : "");
   if (writer.Clipped() > 0) {
     log.Warn(fmt::format("warning: {}: clipped: {} of {}", name, writer.Clipped(),
@@ -85,21 +79,13 @@ std::string Comment(const std::vector<FilterCall>& calls, const SignalInfo& sign
   return comment;
 }
 
-}  // namespace
-
-void Run(const RunRequest& request) {
-  if (!request.tracks.empty()) {
-    RunTracks(request);
-    return;
-  }
+RunResult RunChain(const RunRequest& request, const std::vector<FilterCall>& calls,
+                   const FilterLibrary& library, Log& log) {
   const auto start = std::chrono::steady_clock::now();
-  Log log(request.quiet, ::isatty(STDERR_FILENO) != 0);
-  const std::vector<FilterCall> calls = ReadChain(request.chain);
   // Who sends raw samples through a pipe expects the like of them.
   const bool rawThrough = request.type && request.output == "-" && !request.format;
   const OutputFormat format =
       ChooseFormat(request.output, rawThrough ? request.type : request.format, request.encoding);
-  const FilterLibrary library(request.library);
   CheckInput(request);
   CheckTargets(request, calls);
   for (const ChainPart& part : request.chain) {
@@ -114,24 +100,28 @@ void Run(const RunRequest& request) {
   Chain chain(library, wavefilters::Ref<HostSource>::Share(input.Source()), calls,
               SettingsOf(request), log);
   RequireNotRead(request.output, chain.Files());
+  std::optional<Provenance> provenance;
+  if (!request.noRecord) {
+    provenance = RecordOf(request, format, library, input.File());
+    RecordChain(calls, chain, *provenance);
+    if (IsUpToDate(request, *provenance)) {
+      return {.upToDate = true};
+    }
+  }
   const auto output = OpenOutput(request.output, request.force);
   if (format.IsSound()) {
     RequireRoom(output->Name(), format, chain.Output().length);
   }
   const std::string words = Comment(calls, chain.Output());
-  RecordKeeper record(words);
-  if (!request.noRecord) {
-    Provenance provenance = RecordOf(request, format, library, input.File());
-    RecordChain(calls, chain, provenance);
-    record = RecordKeeper(request, format, provenance, words);
-  }
+  RecordKeeper record =
+      provenance ? RecordKeeper(request, format, *provenance, words) : RecordKeeper(words);
   const auto writer =
       MakeWriter(output->Descriptor(), output->Name(), format, chain.Output(),
                  request.noValidity ? std::nullopt : chain.Missing(), record.Comment());
 
   // The library draws noise from the process's generator: so every run repeats.
   std::srand(request.seed);
-  const Totals totals = PullAll(chain, input, *writer, log);
+  const SignalTotals totals = PullAll(chain, input, *writer, log);
   writer->Close();
   log.ClearProgress();
   WarnOfOddSamples(input.Name(), input.NonFinite(), log);
@@ -144,9 +134,33 @@ void Run(const RunRequest& request) {
   log.Report(fmt::format("write  {}: {}, {} Hz, {}", output->Name(), format.Text(),
                          NumberText(writer->Rate()),
                          LengthText(totals.samples, chain.Output().interval_ms)));
-  const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-  log.Report(fmt::format("done   in {:.3f} s, {:.0f} times real time", elapsed.count(),
-                         input.Seconds() / elapsed.count()));
+  ReportSpeed(start, input, log);
+  return {.totals = totals};
+}
+
+}  // namespace
+
+ChainSet ReadChains(const RunRequest& request) {
+  ChainSet chains;
+  if (request.tracks.empty()) {
+    chains.chain = ReadChain(request.chain);
+  } else {
+    chains.tracks = ReadTracks(request);
+  }
+  return chains;
+}
+
+void Run(const RunRequest& request) {
+  Log log(request.quiet, ::isatty(STDERR_FILENO) != 0);
+  const ChainSet chains = ReadChains(request);
+  const FilterLibrary library(request.library);
+  Run(request, chains, library, log);
+}
+
+RunResult Run(const RunRequest& request, const ChainSet& chains, const FilterLibrary& library,
+              Log& log) {
+  return request.tracks.empty() ? RunChain(request, chains.chain, library, log)
+                                : RunTracks(request, chains.tracks, library, log);
 }
 
 }  // namespace wavechain

@@ -6,6 +6,9 @@
 #include <vector>
 
 #include "host/chain_options.h"
+#include "host/filter_library.h"
+#include "host/log.h"
+#include "host/signal_totals.h"
 
 namespace wavechain {
 
@@ -47,11 +50,36 @@ struct RunRequest {
   unsigned seed = 1;                // of the noise that FricSyn draws
   bool noRecord = false;            // nothing tells how the output was made
   std::optional<RecordedNames> recorded;
+  /// The record of what stands at `output` (RecordLineOf): a run that would be recorded in the
+  /// same words is left out.
+  std::optional<std::string> earlier;
+  /// Output and record of an earlier run give way together.
+  bool remake = false;
 };
+
+/// The chains of a request, understood: for any number of runs.
+struct ChainSet {
+  std::vector<FilterCall> chain;
+  std::vector<std::vector<FilterCall>> tracks;  // one for each of the request's
+};
+
+/// What came of a run.
+struct RunResult {
+  bool upToDate = false;  // it was left out
+  SignalTotals totals = {};
+};
+
+/// Understands the request's chains. Fails (usage) where they are wrong.
+ChainSet ReadChains(const RunRequest& request);
 
 /// Pulls the recording through the chain into the output, which appears whole or not at all.
 /// Fails with the status that the program is to end with.
 void Run(const RunRequest& request);
+
+/// The same with chains that were read and a library that was loaded before; says what there is to
+/// say to the log.
+RunResult Run(const RunRequest& request, const ChainSet& chains, const FilterLibrary& library,
+              Log& log);
 
 }  // namespace wavechain
 

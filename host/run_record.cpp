@@ -27,10 +27,11 @@ bool HasRoom(const OutputFormat& format, const std::string& comment) {
   return hasComment && comment.size() <= LongestComment;
 }
 
-FileRecord LibraryRecord(const std::string& path) {
+FileRecord LibraryRecord(const FilterLibrary& library) {
   std::error_code error;
+  const std::filesystem::path path = library.Path();
   const std::filesystem::path real = std::filesystem::canonical(path, error);
-  return {(error ? std::filesystem::path(path) : real).filename().string(), Sha256(path)};
+  return {(error ? path : real).filename().string(), library.Hash()};
 }
 
 std::vector<std::string> Texts(const std::vector<FilterCall>& calls) {
@@ -57,7 +58,7 @@ Provenance RecordOfInput(const RunRequest& request, const FilterLibrary& library
                          const AudioInput* file) {
   Provenance record;
   record.program = WAVECHAIN_VERSION;
-  record.library = LibraryRecord(library.Path());
+  record.library = LibraryRecord(library);
   record.givenLibrary = request.recorded ? request.recorded->library : request.library;
   if (file != nullptr) {
     record.input = {request.recorded ? request.recorded->input : request.input,
@@ -101,7 +102,9 @@ void RecordTrack(const std::string& name, const std::vector<FilterCall>& calls, 
 
 RecordKeeper::RecordKeeper(const RunRequest& request, const OutputFormat& format,
                            const Provenance& record, const std::string& words)
-    : comment(CommentOf(format.container->kind == ContainerKind::Npz ? "" : words, record)) {
+    : comment(CommentOf(format.container->kind == ContainerKind::Npz ? "" : words, record)),
+      makesWay(request.remake),
+      replaces(request.force) {
   if (HasRoom(format, comment)) {
     return;
   }
@@ -131,8 +134,15 @@ void RecordKeeper::Commit(const std::string& name, const OutputFormat& format, L
     log.Report(fmt::format("record {}: {} has no room to tell how it was made", name,
                            format.container->name));
   }
+  const bool outdated = makesWay && IsRecord(RecordPath(name));
+  if (replaces && (outdated || (makesWay && beside))) {
+    // A record must never stand beside an output of another run, whenever the program is killed.
+    OutputFile::Remove(name);
+  }
   if (beside) {
     beside->Commit();
+  } else if (outdated) {
+    OutputFile::Remove(RecordPath(name));
   }
 }
 

@@ -49,6 +49,8 @@ class RecordKeeper {
  private:
   std::string comment;
   bool lost = false;
+  bool makesWay = false;  // what an earlier run left gives way, as far as it may be replaced
+  bool replaces = false;
   std::unique_ptr<OutputFile> beside;
 };
 

@@ -29,6 +29,10 @@ void CheckTargets(const RunRequest& request, const std::vector<FilterCall>& call
   CheckSecondSignals(request, calls);
 }
 
+bool IsUpToDate(const RunRequest& request, const Provenance& record) {
+  return request.earlier && *request.earlier == RecordLine(record.Json());
+}
+
 ChainSettings SettingsOf(const RunRequest& request, const std::string& place) {
   const std::string& known = request.recorded ? request.recorded->input : request.input;
   return {.data = {known == "-" ? "" : known, request.allowMissing, request.libraryTail},
@@ -51,6 +55,12 @@ void ReportChain(const std::vector<FilterCall>& calls, const std::string& name, 
     log.Report(
         fmt::format("{}  {}", i == 0 ? name : std::string(name.size(), ' '), calls[i].Text()));
   }
+}
+
+void ReportSpeed(std::chrono::steady_clock::time_point start, const RunInput& input, Log& log) {
+  const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+  log.Report(fmt::format("done   in {:.3f} s, {:.0f} times real time", elapsed.count(),
+                         input.Seconds() / elapsed.count()));
 }
 
 void ReportMissing(const Chain& chain, const std::string& name, std::int64_t samples, Log& log) {

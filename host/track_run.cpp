@@ -1,7 +1,5 @@
 #include "host/track_run.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -50,10 +48,9 @@ class Lane {
     input->RequireIntact();
     ended = chain.AtEnd();
     if (chain.Missing()) {
-      chain.Missing()->Mark(total, valid);
+      chain.Missing()->Mark(totals.samples, valid);
     }
-    nonFinite += CountNonFinite(block.data(), came);
-    total += came;
+    totals.Add(block.data(), came);
   }
 
   ColumnBlock Block() const { return {block.data(), valid.data(), came}; }
@@ -67,8 +64,8 @@ class Lane {
   const RunInput& Input() const { return *input; }
   bool Ended() const { return ended; }
   int Came() const { return came; }
-  std::int64_t Total() const { return total; }
-  std::int64_t NonFinite() const { return nonFinite; }
+  std::int64_t Total() const { return totals.samples; }
+  const SignalTotals& Totals() const { return totals; }
 
  private:
   std::string name;
@@ -80,19 +77,10 @@ class Lane {
   std::vector<unsigned char> valid;
   int came = 0;
   bool ended = false;
-  std::int64_t total = 0;
-  std::int64_t nonFinite = 0;
+  SignalTotals totals;
 };
 
 using Lanes = std::vector<std::unique_ptr<Lane>>;
-
-void RequireTable(const OutputFormat& format) {
-  const ContainerKind kind = format.container->kind;
-  if (kind != ContainerKind::Csv && kind != ContainerKind::Npz && kind != ContainerKind::Ssff) {
-    Fail(ExitStatus::Usage, "--track: a {} file holds a single signal; write .csv, .npz or .ssff",
-         format.container->name);
-  }
-}
 
 void RequireNames(const std::vector<TrackText>& tracks) {
   std::set<std::string> names = {"time_s", "rate_hz", "record"};
@@ -141,7 +129,7 @@ std::int64_t PullAll(const Lanes& lanes, TableWriter& table, Log& log) {
 
 void ReportLanes(const Lanes& lanes, std::int64_t total, Log& log) {
   for (const auto& lane : lanes) {
-    WarnOfOddSamples("track " + lane->Name(), lane->NonFinite(), log);
+    WarnOfOddSamples("track " + lane->Name(), lane->Totals().NonFinite(), log);
     lane->Through().WarnOfInputs();
     ReportMissing(lane->Through(), lane->Name() + ": ", lane->Total(), log);
     if (lane->Total() < total) {
@@ -179,6 +167,22 @@ Lanes MakeLanes(const RunRequest& request, const std::vector<std::vector<FilterC
   return lanes;
 }
 
+Table Describe(const Lanes& lanes, const std::string& comment, bool withValidity) {
+  Table table = {lanes.front()->Through().Output().interval_ms, {}, comment};
+  for (const auto& lane : lanes) {
+    table.columns.push_back(lane->Column(withValidity));
+  }
+  return table;
+}
+
+SignalTotals TotalsOf(const Lanes& lanes) {
+  SignalTotals totals;
+  for (const auto& lane : lanes) {
+    totals.AddBeside(lane->Totals());
+  }
+  return totals;
+}
+
 }  // namespace
 
 TrackText ParseTrack(const std::string& text) {
@@ -197,9 +201,15 @@ TrackText ParseTrack(const std::string& text) {
   return {name, text.substr(equals + 1)};
 }
 
-void RunTracks(const RunRequest& request) {
-  const auto start = std::chrono::steady_clock::now();
-  Log log(request.quiet, ::isatty(STDERR_FILENO) != 0);
+void RequireTable(const OutputFormat& format) {
+  const ContainerKind kind = format.container->kind;
+  if (kind != ContainerKind::Csv && kind != ContainerKind::Npz && kind != ContainerKind::Ssff) {
+    Fail(ExitStatus::Usage, "--track: a {} file holds a single signal; write .csv, .npz or .ssff",
+         format.container->name);
+  }
+}
+
+std::vector<std::vector<FilterCall>> ReadTracks(const RunRequest& request) {
   if (!request.chain.empty()) {
     Fail(ExitStatus::Usage, "--track names chains of its own; leave out -f and --chain");
   }
@@ -208,9 +218,14 @@ void RunTracks(const RunRequest& request) {
   for (const TrackText& track : request.tracks) {
     calls.push_back(ParseFilters(track.chain, {"--track " + track.name, ""}));
   }
+  return calls;
+}
+
+RunResult RunTracks(const RunRequest& request, const std::vector<std::vector<FilterCall>>& calls,
+                    const FilterLibrary& library, Log& log) {
+  const auto start = std::chrono::steady_clock::now();
   const OutputFormat format = ChooseFormat(request.output, request.format, request.encoding);
   RequireTable(format);
-  const FilterLibrary library(request.library);
   CheckInput(request);
   for (const std::vector<FilterCall>& one : calls) {
     CheckTargets(request, one);
@@ -220,25 +235,26 @@ void RunTracks(const RunRequest& request) {
   for (const auto& lane : lanes) {
     RequireNotRead(request.output, lane->Through().Files());
   }
-  const auto output = OpenOutput(request.output, request.force);
-  RecordKeeper record(Words(lanes));
+  const RunInput& input = lanes.front()->Input();
+  std::optional<Provenance> provenance;
   if (!request.noRecord) {
-    Provenance provenance = RecordOf(request, format, library, lanes.front()->Input().File());
+    provenance = RecordOf(request, format, library, input.File());
     for (const auto& lane : lanes) {
-      lane->Record(provenance);
+      lane->Record(*provenance);
     }
-    record = RecordKeeper(request, format, provenance, Words(lanes));
+    if (IsUpToDate(request, *provenance)) {
+      return {.upToDate = true};
+    }
   }
-  Table described = {lanes.front()->Through().Output().interval_ms, {}, record.Comment()};
-  for (const auto& lane : lanes) {
-    described.columns.push_back(lane->Column(!request.noValidity));
-  }
+  const auto output = OpenOutput(request.output, request.force);
+  RecordKeeper record = provenance ? RecordKeeper(request, format, *provenance, Words(lanes))
+                                   : RecordKeeper(Words(lanes));
+  const Table described = Describe(lanes, record.Comment(), !request.noValidity);
   const auto table =
       MakeTableWriter(format.container->kind, output->Descriptor(), output->Name(), described);
   const std::int64_t total = PullAll(lanes, *table, log);
   table->Close();
   log.ClearProgress();
-  const RunInput& input = lanes.front()->Input();
   WarnOfOddSamples(input.Name(), input.NonFinite(), log);
   ReportLanes(lanes, total, log);
   record.Commit(output->Name(), format, log);
@@ -247,9 +263,8 @@ void RunTracks(const RunRequest& request) {
   log.Report(fmt::format("write  {}: {}, {}, {} Hz, {}", output->Name(), format.Text(),
                          Counted(static_cast<long long>(lanes.size()), "track"),
                          NumberText(table->Rate()), LengthText(total, described.interval_ms)));
-  const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-  log.Report(fmt::format("done   in {:.3f} s, {:.0f} times real time", elapsed.count(),
-                         input.Seconds() / elapsed.count()));
+  ReportSpeed(start, input, log);
+  return {.totals = TotalsOf(lanes)};
 }
 
 }  // namespace wavechain

@@ -23,7 +23,7 @@ class Session(Folder):
 
     def test_from_the_list_of_filters_to_an_output_made_again(self):
         with self.shell() as shell:
-            self.expect(shell, "wavechain", 1, "wavechain: no command is given; there are run, list, info, ", "see wavechain --help")
+            self.expect(shell, "wavechain", 1, "wavechain: no command is given; there are run, batch, list, info, ", "see wavechain --help")
             self.expect(shell, "wavechain list", 0, "FIRNotch          takes out a narrow band around one frequency\n")
             self.expect(shell, "wavechain info FIRNotsch", 1, "wavechain: there is no filter 'FIRNotsch'; did you mean FIRNotch?\n")
             self.expect(shell, "wavechain info FIRNotch", 0, "half_length  (samples, whole, 0 to 2048; default none)")

@@ -145,8 +145,8 @@ TEST(WavechainUsage, ParametersGoByNameByPositionOrBoth) {
 
 TEST(WavechainUsage, CommandsAndOptionsThatDoNotExistAreNamed) {
   ExpectUsageError({},
-                   "no command is given; there are run, list, info, check, diff, show, rerun, "
-                   "skeleton, plot, help; see wavechain --help");
+                   "no command is given; there are run, batch, list, info, check, diff, show, "
+                   "rerun, skeleton, plot, help; see wavechain --help");
   ExpectUsageError({"help", "cheek"}, "there is no help on 'cheek'; did you mean check?");
   ExpectUsageError({"help", "FIRNotsch"},
                    "there is no help on 'FIRNotsch'; did you mean FIRNotch?");

@@ -4,6 +4,7 @@
      signal   sends FAULT_SIGNAL to the program at that point instead, and goes on
      fsync, close, rename   these fail with FAULT_ERRNO
      create   opening a new file fails with FAULT_ERRNO
+     fork     no process can be started, with FAULT_ERRNO
      no_renameat2   as on a file system that cannot rename without replacing
      appear   another program makes the file FAULT_PATH while the result is being completed
 
@@ -114,4 +115,10 @@ int open(const char* path, int flags, ...) {
   /* What a build that counts its lines writes about itself is no result either. */
   const int counts = strstr(path, ".gcda") != NULL;
   return Wanted("create") && (flags & O_CREAT) != 0 && !counts ? Fail() : real(path, flags, mode);
+}
+
+pid_t fork(void) {
+  pid_t (*real)(void);
+  *(void**)&real = dlsym(RTLD_NEXT, "fork");
+  return Wanted("fork") ? Fail() : real();
 }
