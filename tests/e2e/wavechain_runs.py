@@ -12,7 +12,8 @@ SAMPLES = pathlib.Path(os.environ["PROJECT_ROOT"]) / "examples" / "data"
 
 def wavechain(*arguments, **options):
     """Runs the program to its end; standard error is text."""
-    return subprocess.run([WAVECHAIN, *map(str, arguments)], capture_output=True, timeout=120, check=False, **options)
+    options.setdefault("timeout", 120)
+    return subprocess.run([WAVECHAIN, *map(str, arguments)], capture_output=True, check=False, **options)
 
 
 class Folder(unittest.TestCase):
