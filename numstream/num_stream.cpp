@@ -1,19 +1,32 @@
 #include "numstream/num_stream.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <locale>
+#include <new>
 
 #include "frame/numeric.h"
 
 namespace wavefilters {
 namespace {
 
-// Asked before the file is opened, since opening a FIFO without a writer would block.
-bool IsRegularFile(const char* name) {
+// A descriptor of the file, or -1 where it is no regular one. The name is looked at first, since
+// opening alone sets some devices going; the file then opened may be another by now, so it is asked
+// once more, and opening does not wait for a FIFO's other end.
+int OpenRegularFile(const char* name) {
   struct stat status;
-  return name != nullptr && ::stat(name, &status) == 0 && S_ISREG(status.st_mode);
+  if (name == nullptr || ::stat(name, &status) != 0 || !S_ISREG(status.st_mode)) {
+    return -1;
+  }
+  const int descriptor = ::open(name, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
+  if (descriptor >= 0 && (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode))) {
+    ::close(descriptor);
+    return -1;
+  }
+  return descriptor;
 }
 
 // While it lives, an exception inside an input operation passes on instead of becoming the
@@ -37,23 +50,32 @@ NumStream::NumStream(StreamMode chosen) : mode(chosen) { file.imbue(std::locale:
 
 bool NumStream::Open(char* name) {
   Close();
-  if (!IsRegularFile(name)) {
+  const int descriptor = OpenRegularFile(name);
+  if (descriptor < 0) {
     file.setstate(std::ios::failbit);
     return false;
   }
-  if (mode == StreamMode::Text) {
-    file.open(name, std::ios::in);
-    return file.is_open();
+  Take(descriptor);
+  if (mode == StreamMode::Binary) {
+    Measure();
   }
-  file.open(name, std::ios::in | std::ios::binary | std::ios::ate);
-  if (!file.is_open()) {
-    return false;
-  }
-  Measure();
   return true;
 }
 
+void NumStream::Take(int descriptor) {
+  // Closes the descriptor itself where memory for its buffer is missing.
+  contents = Contents(descriptor, std::ios::in | std::ios::binary);
+  if (!contents.is_open()) {
+    // An open file lacks nothing else to become a stream.
+    ::close(descriptor);
+    throw std::bad_alloc();
+  }
+  contents.pubimbue(std::locale::classic());
+  file.clear();
+}
+
 void NumStream::Measure() {
+  file.seekg(0, std::ios::end);
   // A position of -1 says that the file cannot be measured; it then has no bytes to give.
   bytesRemaining = LimitToInt32(std::max<std::streamoff>(file.tellg(), 0));
   file.seekg(0);
@@ -65,7 +87,7 @@ bool NumStream::GetDouble(double& value) { return hasLine && currentLine.Read(va
 
 bool NumStream::GetLine() {
   hasLine = false;
-  if (mode == StreamMode::Binary || !file.is_open() || !ReadLine()) {
+  if (mode == StreamMode::Binary || !contents.is_open() || !ReadLine()) {
     return false;
   }
   currentLine.Take(nextLine);
@@ -88,9 +110,7 @@ bool NumStream::ReadLine() {
 
 void NumStream::Close() {
   hasLine = false;
-  if (file.is_open()) {
-    file.close();
-  }
+  contents.close();
   bytesRemaining = 0;
 }
 

@@ -2,7 +2,8 @@
 #define WAVEFILTERS_NUMSTREAM_NUM_STREAM_H
 
 #include <cstdint>
-#include <fstream>
+#include <ext/stdio_filebuf.h>
+#include <istream>
 #include <string>
 
 #include "frame/interfaces.h"
@@ -25,7 +26,8 @@ enum class StreamMode {
 /// number for one that is too large, the old value at the end of the line.
 ///
 /// Only regular files open, also through symbolic links. A directory, a FIFO or a device
-/// counts as a file that could not be opened, so nothing blocks.
+/// counts as a file that could not be opened, so nothing blocks, even where one takes a file's
+/// place while it is being opened.
 ///
 /// In text mode the binary operations do nothing and return 0, and the other way round.
 class NumStream : public INumStreamC {
@@ -53,12 +55,17 @@ class NumStream : public INumStreamC {
   ~NumStream() = default;
 
  private:
-  bool IsOpenBinary() const { return mode == StreamMode::Binary && file.is_open(); }
+  // A standard file buffer that can be given a file that is open already.
+  using Contents = __gnu_cxx::stdio_filebuf<char>;
+
+  bool IsOpenBinary() const { return mode == StreamMode::Binary && contents.is_open(); }
+  void Take(int descriptor);
   void Measure();
   bool ReadLine();
 
   const StreamMode mode;
-  std::ifstream file;
+  Contents contents;
+  std::istream file{&contents};
   std::string nextLine;  // what the file is read into
   NumberLine currentLine;
   bool hasLine = false;

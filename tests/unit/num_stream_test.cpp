@@ -1,15 +1,17 @@
 #include "numstream/num_stream.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <functional>
 #include <iterator>
 #include <limits>
 #include <locale>
 #include <new>
 #include <string>
+#include <utility>
 
 #include "frame/lifetime.h"
 #include "frame/ref.h"
@@ -23,6 +25,17 @@ namespace fs = std::filesystem;
 
 constexpr int Lowest = std::numeric_limits<int>::min();
 constexpr int Highest = std::numeric_limits<int>::max();
+
+// While it lives, something happens behind the stream's back when it has looked at a name.
+std::function<void()> behindItsBack;
+
+class AfterTheLook {
+ public:
+  explicit AfterTheLook(std::function<void()> happens) { behindItsBack = std::move(happens); }
+  ~AfterTheLook() { behindItsBack = nullptr; }
+  AfterTheLook(const AfterTheLook&) = delete;
+  AfterTheLook& operator=(const AfterTheLook&) = delete;
+};
 
 class NumStreamTest : public testing::Test {
  protected:
@@ -365,17 +378,17 @@ TEST_F(NumStreamTest, NoNameOpensNothing) {
 }
 
 TEST_F(NumStreamTest, AFileThatTheSystemDoesNotOpenHasNothing) {
-  const std::string file = folder.Write("numbers", "1 2\n");
-  rlimit before{};
-  ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
-  const rlimit none{0, before.rlim_max};
-  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
-  const bool asText = text.Open(file);
-  const bool asBytes = binary.Open(file);
-  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
-  EXPECT_FALSE(asText);
+  const std::string name = folder.Write("numbers", "1 2\n");
+  {
+    const AfterTheLook remove([&] { fs::remove(name); });
+    EXPECT_FALSE(text.Open(name));
+  }
   EXPECT_FALSE(text.GetLine());
-  EXPECT_FALSE(asBytes);
+  folder.Write("numbers", "1 2\n");
+  {
+    const AfterTheLook remove([&] { fs::remove(name); });
+    EXPECT_FALSE(binary.Open(name));
+  }
   EXPECT_EQ(binary.BytesRemain(), 0);
   EXPECT_EQ(Read(binary, 4).result, 0);
 }
@@ -395,6 +408,22 @@ TEST_F(NumStreamTest, AMemberIsCountedAndStays) {
   EXPECT_EQ(text.Release(), 1U);
   EXPECT_EQ(text.Release(), 0U);
   EXPECT_TRUE(Text("1\n").GetLine());
+}
+
+TEST_F(NumStreamTest, WhatTakesAFilesPlaceWhileItIsOpenedDoesNotOpenEither) {
+  const std::string name = folder.Write("numbers", "1\n");
+  for (NumStream* stream : {static_cast<NumStream*>(&text), static_cast<NumStream*>(&binary)}) {
+    {
+      const AfterTheLook swap([&] {
+        fs::remove(name);
+        ASSERT_EQ(::mkfifo(name.c_str(), 0600), 0);
+      });
+      EXPECT_FALSE(stream->Open(name));
+    }
+    fs::remove(name);
+    folder.Write("numbers", "1\n");
+    EXPECT_TRUE(stream->Open(name));
+  }
 }
 
 TEST_F(NumStreamTest, TheLastReleaseClosesTheFile) {
@@ -508,3 +537,12 @@ TEST_F(NumStreamTest, FilesFrom2GiBOnAreMeasuredAsTheLargestCount) {
 
 }  // namespace
 }  // namespace wavefilters
+
+// In place of the C library's, for the whole program.
+extern "C" __attribute__((visibility("default"))) int stat(const char* name, struct stat* status) {
+  const int result = ::fstatat(AT_FDCWD, name, status, 0);
+  if (const auto happens = std::exchange(wavefilters::behindItsBack, nullptr)) {
+    happens();
+  }
+  return result;
+}
