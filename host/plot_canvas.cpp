@@ -2,6 +2,7 @@
 
 #include <cairo-pdf.h>
 #include <cairo-svg.h>
+#include <fontconfig/fontconfig.h>
 
 #include <algorithm>
 #include <array>
@@ -86,6 +87,12 @@ void SetColour(cairo_t* context, Colour colour) {
 }
 
 }  // namespace
+
+Drawing::~Drawing() {
+  // In this order: cairo holds fonts of fontconfig's.
+  ::cairo_debug_reset_static_data();
+  ::FcFini();
+}
 
 PictureFormat ChoosePictureFormat(const std::string& path, const std::optional<std::string>& name) {
   const std::size_t dot = path.find_last_of("./");

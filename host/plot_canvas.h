@@ -74,6 +74,16 @@ class Canvas {
   std::unique_ptr<cairo_t, Release> context;
 };
 
+/// While it lives canvases may be made; at its end what drawing keeps for the next picture (fonts
+/// and their patterns) is given back. It outlives every canvas.
+class Drawing {
+ public:
+  Drawing() = default;
+  ~Drawing();
+  Drawing(const Drawing&) = delete;
+  Drawing& operator=(const Drawing&) = delete;
+};
+
 }  // namespace wavechain
 
 #endif
