@@ -161,8 +161,8 @@ void Chain::AppendFilter(const FilterCall& call, const std::string& label) {
     filter->Set_console_out(console.Get());
   }
   if (call.kind->takesStream) {
-    const auto stream = Make<NumberStream>();
-    filter->Set_num_stream(stream.Get());
+    streams.push_back(Make<NumberStream>());
+    filter->Set_num_stream(streams.back().Get());
   }
   IWaveSourceC* sources[] = {Ref<BridgeSource>::Share(&feed).Detach(),
                              Ref<BridgeSource>::Share(second).Detach()};
@@ -262,6 +262,11 @@ int Chain::Pull(float* samples, int count) {
   int came = 0;
   bridges.back()->TransmitNow(samples, count, came);
   RequireFlow();
+  if (AtEnd()) {
+    for (const auto& files : data) {
+      files->RequireUnchanged();
+    }
+  }
   return came;
 }
 
@@ -279,6 +284,13 @@ void Chain::RequireFlow() const {
   for (std::size_t i = 1; i < bridges.size(); ++i) {
     if (bridges[i]->Stalled()) {
       Fail(ExitStatus::Input, "{}: delivers nothing and does not end", labels[i - 1]);
+    }
+  }
+  for (const auto& stream : streams) {
+    if (stream->Broken()) {
+      Fail(
+          ExitStatus::Input,
+          "a data file could not be read on, because of its disk or for want of memory; run again");
     }
   }
   for (const auto& second : seconds) {

@@ -12,6 +12,7 @@
 #include "host/filter_data.h"
 #include "host/filter_library.h"
 #include "host/log.h"
+#include "host/number_stream.h"
 
 namespace wavechain {
 
@@ -80,8 +81,8 @@ class Chain {
 
   /// The source of what the chain delivers.
   BridgeSource& End() { return *bridges.back().Get(); }
-  /// Fails (input) when a filter stopped delivering without reporting an end, or when a
-  /// second recording gave out early.
+  /// Fails (input) when a filter stopped delivering without reporting an end, when a second
+  /// recording gave out early, or when data files could not be read on or have changed.
   void RequireFlow() const;
   /// Warns of odd samples in second recordings.
   void WarnOfInputs() const;
@@ -111,6 +112,7 @@ class Chain {
   // These go after the filters that read them.
   std::vector<std::unique_ptr<FilterData>> data;
   std::vector<std::unique_ptr<SecondSignal>> seconds;
+  std::vector<wavefilters::Ref<NumberStream>> streams;
   std::vector<ChainStep> steps;
   std::vector<std::string> labels;                      // of the filters
   std::vector<wavefilters::Ref<BridgeSource>> bridges;  // one more than filters

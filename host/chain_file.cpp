@@ -44,6 +44,47 @@ std::string ReadWhole(const std::string& path) {
   Fail(ExitStatus::Usage, "{}: is larger than 1 MiB, which no chain is", path);
 }
 
+// Where a text in quotes that starts at `at` ends.
+std::size_t BehindQuotes(std::string_view text, std::size_t at) {
+  const char quote = text[at];
+  const std::string_view three = text.substr(at, 3);
+  const bool isLong = three.size() == 3 && three[1] == quote && three[2] == quote;
+  for (at += isLong ? 3 : 1; at < text.size(); ++at) {
+    if (text[at] == '\\' && quote == '"') {
+      ++at;
+    } else if (isLong && text.substr(at, 3) == three) {
+      return at + 3;
+    } else if (!isLong && (text[at] == quote || text[at] == '\n')) {
+      return at + 1;
+    }
+  }
+  return at;
+}
+
+// Whether a line has so many dots outside of quotes and comments. Each of a key's is a table within
+// a table, which the parser's own functions follow by calling themselves.
+bool HasDeepKeys(std::string_view text) {
+  constexpr int MostDots = 32;
+  int dots = 0;
+  for (std::size_t at = 0; at < text.size();) {
+    const char c = text[at];
+    if (c == '"' || c == '\'') {
+      at = BehindQuotes(text, at);
+      continue;
+    }
+    if (c == '#') {
+      at = std::min(text.find('\n', at), text.size());
+      continue;
+    }
+    dots = c == '\n' ? 0 : dots + (c == '.' ? 1 : 0);
+    if (dots > MostDots) {
+      return true;
+    }
+    ++at;
+  }
+  return false;
+}
+
 // The parser's words, and what they most often come from.
 std::string WhyNotToml(std::string_view description) {
   constexpr std::string_view Start = "Error while parsing ";
@@ -156,6 +197,9 @@ class ChainReader {
 
   toml::table Parse() const {
     const std::string text = ReadWhole(path);
+    if (HasDeepKeys(text)) {
+      Fail(ExitStatus::Usage, "{}: has a line with more dots than any chain", path);
+    }
     try {
       return toml::parse(std::string_view(text));
     } catch (const toml::parse_error& error) {

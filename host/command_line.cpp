@@ -75,9 +75,21 @@ void AddRun(CLI::App& app, RunRequest& request) {
   });
 }
 
+// In one piece, without asking for memory.
+void ReportOutOfMemory() {
+  constexpr std::string_view Line =
+      "wavechain: out of memory; nothing was written. End other programs, or give it a shorter "
+      "recording or a simpler chain\n";
+  WriteAll(STDERR_FILENO, Line.data(), Line.size());
+}
+
 void Report(std::string_view message) {
-  const std::string line = fmt::format("wavechain: {}\n", OneLine(message));
-  WriteAll(STDERR_FILENO, line.data(), line.size());
+  try {
+    const std::string line = fmt::format("wavechain: {}\n", OneLine(message));
+    WriteAll(STDERR_FILENO, line.data(), line.size());
+  } catch (const std::bad_alloc&) {
+    ReportOutOfMemory();
+  }
 }
 
 // CLI11 would only say that a command is missing.
@@ -206,7 +218,7 @@ int CommandLine(int argc, const char* const* argv) {
     Report(failure.what());
     return diff.Status(failure.Status());
   } catch (const std::bad_alloc&) {
-    Report("out of memory");
+    ReportOutOfMemory();
   } catch (const std::exception& error) {
     Report(error.what());
   }

@@ -26,11 +26,23 @@ constexpr double RecordPeriod_ms = 6.866;
 // filters understand them.
 class Lines {
  public:
-  explicit Lines(const std::string& path) : file(path) { line.imbue(std::locale::classic()); }
+  explicit Lines(const std::string& filePath) : path(filePath), file(filePath) {
+    if (!file.is_open()) {
+      Fail(ExitStatus::Input, "{}: cannot be opened: {}", path, SystemText(errno));
+    }
+    // Streams take memory that runs out, and files that cannot be read on, for an end.
+    file.exceptions(std::ios::badbit);
+    line.exceptions(std::ios::badbit);
+    line.imbue(std::locale::classic());
+  }
 
   bool Next() {
-    if (!std::getline(file, text)) {
-      return false;
+    try {
+      if (!std::getline(file, text)) {
+        return false;
+      }
+    } catch (const std::ios_base::failure& error) {
+      Fail(ExitStatus::Input, "{}: cannot be read: {}", path, error.code().message());
     }
     ++number;
     line.clear();
@@ -80,6 +92,7 @@ class Lines {
     return OneLine(word.size() > Longest ? word.substr(0, Longest) + "..." : word);
   }
 
+  const std::string& path;
   std::ifstream file;
   std::string text;
   std::istringstream line;

@@ -14,13 +14,13 @@ constexpr int NumbersOfRecord = 16;
 // One file's lines of report, and its warnings.
 class Reporter {
  public:
-  Reporter(const std::string& path, const SignalInfo& described, Log& reportLog)
-      : name(OneLine(path)), signal(described), log(reportLog) {}
+  Reporter(const std::string& filePath, const SignalInfo& described, Log& reportLog)
+      : path(filePath), name(OneLine(filePath)), signal(described), log(reportLog) {}
 
   std::optional<std::string> Pellets(const FilterCall& call) {
     const bool oneColumn = call.kind->name == "BeamPel";
     const int numbers = oneColumn ? static_cast<int>(call.values[0]) : NumbersOfRecord;
-    const PelletReport report = CheckPellets(name, numbers);
+    const PelletReport report = CheckPellets(path, numbers);
     if (report.records == 0) {
       return Why(*report.fault);
     }
@@ -37,7 +37,7 @@ class Reporter {
   }
 
   std::optional<std::string> Palate() {
-    const PalateReport report = CheckPalate(name);
+    const PalateReport report = CheckPalate(path);
     if (report.points == 0) {
       return report.fault ? Why(*report.fault) : "it holds no point";
     }
@@ -53,7 +53,7 @@ class Reporter {
   }
 
   std::optional<std::string> Track() {
-    const TrackReport report = CheckTrack(name);
+    const TrackReport report = CheckTrack(path);
     if (report.samples == 0) {
       return "it holds no sample behind its header of 1024 bytes";
     }
@@ -62,7 +62,7 @@ class Reporter {
   }
 
   std::optional<std::string> Events(EventKind kind) {
-    const EventReport report = CheckEvents(name, kind, signal.interval_ms, signal.length);
+    const EventReport report = CheckEvents(path, kind, signal.interval_ms, signal.length);
     if (report.events == 0) {
       return report.fault ? Why(*report.fault) : "it holds no event";
     }
@@ -99,7 +99,8 @@ class Reporter {
     }
   }
 
-  std::string name;
+  const std::string& path;
+  std::string name;  // as messages show it
   const SignalInfo& signal;
   Log& log;
 };

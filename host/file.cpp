@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <vector>
 
 #include "host/interrupt.h"
 
@@ -31,6 +32,25 @@ std::optional<FileIdentity> IdentityOf(const std::string& path) {
 std::optional<FileIdentity> IdentityOf(int descriptor) {
   struct stat status = {};
   return ::fstat(descriptor, &status) == 0 ? std::optional(Identity(status)) : std::nullopt;
+}
+
+std::optional<FileState> StateOf(const std::string& path) {
+  struct stat status = {};
+  if (::stat(path.c_str(), &status) != 0) {
+    return std::nullopt;
+  }
+  return FileState{Identity(status), status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
+}
+
+bool HasRoomForFiles(std::size_t count) {
+  std::vector<File> taken(count);
+  for (File& one : taken) {
+    one = File(::open("/", O_RDONLY | O_CLOEXEC));
+    if (!one.IsOpen()) {
+      return false;
+    }
+  }
+  return true;
 }
 
 int WriteAll(int descriptor, const void* bytes, std::size_t count) {

@@ -40,6 +40,21 @@ struct FileIdentity {
 std::optional<FileIdentity> IdentityOf(const std::string& path);
 std::optional<FileIdentity> IdentityOf(int descriptor);
 
+/// A file as it is now: what another program writes to it, or puts in its place, shows.
+struct FileState {
+  FileIdentity identity;
+  long size = 0;
+  long changed_s = 0;
+  long changed_ns = 0;
+  bool operator==(const FileState&) const = default;
+};
+
+/// Nothing where the path leads nowhere.
+std::optional<FileState> StateOf(const std::string& path);
+
+/// True while the process may open `count` more files; otherwise errno says why not.
+bool HasRoomForFiles(std::size_t count);
+
 /// Writes all bytes and returns 0, or the errno value of what went wrong. Goes on after an
 /// interrupted call, unless the program is to stop (EINTR).
 int WriteAll(int descriptor, const void* bytes, std::size_t count);

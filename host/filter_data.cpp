@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <utility>
 
@@ -54,6 +55,18 @@ FilterData::FilterData(const FilterCall& filterCall, std::string label, const Si
   for (const DataFile& file : call.kind->dataFiles) {
     Prepare(file, fed, log);
   }
+  // The filter would do without a file that it cannot open, and not say so.
+  if (!HasRoomForFiles(seen.size())) {
+    Fail(ExitStatus::Input, "{}: its data files cannot be opened: {}", who, SystemText(errno));
+  }
+}
+
+void FilterData::RequireUnchanged() const {
+  for (const Seen& file : seen) {
+    if (StateOf(file.path) != file.state) {
+      Fail(ExitStatus::Input, "{}: {}: changed while it was being read; run again", who, file.path);
+    }
+  }
 }
 
 BridgeSettings FilterData::Feed() const {
@@ -88,6 +101,7 @@ void FilterData::Prepare(const DataFile& file, const SignalInfo& fed, Log& log) 
     DoWithout(file, path, *why, log);
     return;
   }
+  seen.push_back({path, StateOf(path)});
   if (const auto why = ReportOnData(file, call, path, fed, log)) {
     DoWithout(file, path, *why, log);
     return;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "host/bridge_source.h"
+#include "host/file.h"
 #include "host/filter_arguments.h"
 #include "host/gaps.h"
 #include "host/log.h"
@@ -45,6 +46,8 @@ class FilterData {
   std::optional<Gaps> Missing() const;
   /// All data files, found or not.
   const std::vector<std::string>& Files() const { return files; }
+  /// Fails (input) where a data file is no longer what it was when it was looked through.
+  void RequireUnchanged() const;
   /// The events that the filter will render; nothing for filters that take none.
   const std::optional<EventInstants>& Events() const { return events; }
 
@@ -58,9 +61,15 @@ class FilterData {
   const FilterCall& call;
   std::string who;  // "filter 2 (BeamPel)"
   const DataOptions& options;
+  struct Seen {
+    std::string path;
+    std::optional<FileState> state;
+  };
+
   std::vector<std::string> files;
-  SignalInfo signal;    // that the filter is fed
-  std::string pellets;  // their file
+  std::vector<Seen> seen;  // the files that are there
+  SignalInfo signal;       // that the filter is fed
+  std::string pellets;     // their file
   std::optional<EventInstants> events;
   std::int64_t palatePoints = 0;  // that are searched
   bool silenced = false;          // without its data the filter renders nothing

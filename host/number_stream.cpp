@@ -16,17 +16,29 @@ bool NumberStream::Open(char* name) {
   }
   file.clear();
   file.open(name);
+  broken = broken || !file.is_open();
   return file.is_open();
 }
 
-bool NumberStream::GetSingle(float& value) { return hasLine && static_cast<bool>(line >> value); }
+bool NumberStream::GetSingle(float& value) { return Get(value); }
 
-bool NumberStream::GetDouble(double& value) { return hasLine && static_cast<bool>(line >> value); }
+bool NumberStream::GetDouble(double& value) { return Get(value); }
+
+template <class Number>
+bool NumberStream::Get(Number& value) {
+  if (!hasLine) {
+    return false;
+  }
+  const bool got = static_cast<bool>(line >> value);
+  broken = broken || line.bad();
+  return got;
+}
 
 bool NumberStream::GetLine() {
   hasLine = false;
   std::string text;
   if (!file.is_open() || !std::getline(file, text)) {
+    broken = broken || file.bad();
     return false;
   }
   line.clear();

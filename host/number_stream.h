@@ -21,6 +21,9 @@ class NumberStream : public wavefilters::INumStreamC {
   void Close() override;
   bool Open(std::string name) override;
   bool OpenFromString(std::string text) override;
+  /// True once a file that is there could not be opened or read on; the filter takes that for
+  /// the end of its data.
+  bool Broken() const { return broken; }
   int BytesRemain() override { return 0; }
   void SkipBytes(int /*count*/) override {}
   int ReadBytes(char* /*buffer*/, int /*count*/) override { return 0; }
@@ -30,9 +33,13 @@ class NumberStream : public wavefilters::INumStreamC {
   ~NumberStream() = default;
 
  private:
+  template <class Number>
+  bool Get(Number& value);
+
   std::ifstream file;
   std::istringstream line;
   bool hasLine = false;
+  bool broken = false;
 };
 
 }  // namespace wavechain

@@ -131,9 +131,11 @@ RunResult RunChain(const RunRequest& request, const std::vector<FilterCall>& cal
   record.Commit(output->Name(), format, log);
   output->Commit();
 
-  log.Report(fmt::format("write  {}: {}, {} Hz, {}", output->Name(), format.Text(),
-                         NumberText(writer->Rate()),
-                         LengthText(totals.samples, chain.Output().interval_ms)));
+  Mention(log, [&] {
+    return fmt::format("write  {}: {}, {} Hz, {}", output->Name(), format.Text(),
+                       NumberText(writer->Rate()),
+                       LengthText(totals.samples, chain.Output().interval_ms));
+  });
   ReportSpeed(start, input, log);
   return {.totals = totals};
 }

@@ -59,8 +59,10 @@ void ReportChain(const std::vector<FilterCall>& calls, const std::string& name, 
 
 void ReportSpeed(std::chrono::steady_clock::time_point start, const RunInput& input, Log& log) {
   const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-  log.Report(fmt::format("done   in {:.3f} s, {:.0f} times real time", elapsed.count(),
-                         input.Seconds() / elapsed.count()));
+  Mention(log, [&] {
+    return fmt::format("done   in {:.3f} s, {:.0f} times real time", elapsed.count(),
+                       input.Seconds() / elapsed.count());
+  });
 }
 
 void ReportMissing(const Chain& chain, const std::string& name, std::int64_t samples, Log& log) {

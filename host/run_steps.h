@@ -2,6 +2,7 @@
 #define WAVEFILTERS_HOST_RUN_STEPS_H
 
 #include <chrono>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,17 @@ void ReportChain(const std::vector<FilterCall>& calls, const std::string& name, 
 /// How long the run took, and how that compares with what it was fed.
 void ReportSpeed(std::chrono::steady_clock::time_point start, const RunInput& input, Log& log);
 void ReportMissing(const Chain& chain, const std::string& name, std::int64_t samples, Log& log);
+
+/// Reports, with the line that `text` makes, on an output that has its name by now. Nothing may
+/// fail any more: where memory is missing, the line is.
+template <class Text>
+void Mention(Log& log, Text text) {
+  try {
+    log.Report(text());
+  } catch (const std::bad_alloc&) {
+    return;
+  }
+}
 
 }  // namespace wavechain
 

@@ -1,5 +1,7 @@
 #include "host/signal_folder.h"
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
@@ -32,8 +34,12 @@ SignalFolder::SignalFolder() {
 }
 
 SignalFolder::~SignalFolder() {
-  std::error_code ignored;
-  std::filesystem::remove_all(folder, ignored);
+  // Its files by their names, which are known: looking them up would take memory, of which there
+  // may be none.
+  for (const std::string& file : made) {
+    ::unlink(file.c_str());
+  }
+  ::rmdir(folder.c_str());
 }
 
 void SignalFolder::LinkByExtension(std::string_view extension, const std::string& file) {
@@ -46,12 +52,14 @@ void SignalFolder::LinkBehindName(std::string_view behind, const std::string& fi
 
 void SignalFolder::EmptyBehindName(std::string_view behind) {
   const std::string path = SignalName() + std::string(behind);
+  made.push_back(path);
   if (!std::ofstream(path).is_open()) {
     Fail(ExitStatus::Input, "{}: cannot be made: {}", path, SystemText(errno));
   }
 }
 
 void SignalFolder::Link(const std::string& link, const std::string& file) {
+  made.push_back(link);
   std::error_code error;
   const auto target = std::filesystem::absolute(file, error);
   if (!error) {

@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace wavechain {
 
@@ -34,6 +35,7 @@ class SignalFolder {
   void Link(const std::string& link, const std::string& file);
 
   std::string folder;
+  std::vector<std::string> made;  // what lies in it
 };
 
 }  // namespace wavechain

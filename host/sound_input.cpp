@@ -27,6 +27,11 @@ bool IsRegular(int descriptor) {
   return ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
 }
 
+bool IsDevice(int descriptor) {
+  struct stat status = {};
+  return ::fstat(descriptor, &status) == 0 && (S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode));
+}
+
 bool IsFolder(int descriptor) {
   struct stat status = {};
   return ::fstat(descriptor, &status) == 0 && S_ISDIR(status.st_mode);
@@ -75,6 +80,10 @@ void SoundInput::OpenFile() {
   }
   if (IsFolder(file.Descriptor())) {
     Fail(ExitStatus::Input, "{}: is a folder, not a recording", name);
+  }
+  if (IsDevice(file.Descriptor())) {
+    // It would be copied for good, or be a terminal.
+    Fail(ExitStatus::Input, "{}: is a device, not a recording", name);
   }
   // A redirected file that another program has begun to read starts where that one stopped.
   if (!IsRegular(file.Descriptor()) || ::lseek(file.Descriptor(), 0, SEEK_CUR) != 0) {

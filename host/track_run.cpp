@@ -260,9 +260,11 @@ RunResult RunTracks(const RunRequest& request, const std::vector<std::vector<Fil
   record.Commit(output->Name(), format, log);
   output->Commit();
 
-  log.Report(fmt::format("write  {}: {}, {}, {} Hz, {}", output->Name(), format.Text(),
-                         Counted(static_cast<long long>(lanes.size()), "track"),
-                         NumberText(table->Rate()), LengthText(total, described.interval_ms)));
+  Mention(log, [&] {
+    return fmt::format("write  {}: {}, {}, {} Hz, {}", output->Name(), format.Text(),
+                       Counted(static_cast<long long>(lanes.size()), "track"),
+                       NumberText(table->Rate()), LengthText(total, described.interval_ms));
+  });
   ReportSpeed(start, input, log);
   return {.totals = TotalsOf(lanes)};
 }

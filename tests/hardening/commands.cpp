@@ -1,0 +1,156 @@
+// Runs command lines of wavechain, hundreds in one process, with faults of the system and of memory
+// on demand. A test written in Python gives one request a line, as JSON, and gets one answer a
+// line.
+
+#include <fcntl.h>
+#include <linux/capability.h>
+#include <sys/mman.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <iostream>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "hardening/filter_request.h"
+#include "hardening/memory.h"
+#include "hardening/system_faults.h"
+#include "host/command_line.h"
+
+namespace {
+
+using Json = nlohmann::json;
+
+// A process that needs longer hangs, and is ended by the signal.
+constexpr unsigned Patience_s = 300;
+
+// Root reads everything; this process shall be refused what others are.
+void BeLikeOthers() {
+  __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
+  __user_cap_data_struct sets[2] = {};
+  ::syscall(SYS_capget, &header, sets);
+  const unsigned dropped = (1U << CAP_DAC_OVERRIDE) | (1U << CAP_DAC_READ_SEARCH);
+  sets[0].effective &= ~dropped;
+  sets[0].permitted &= ~dropped;
+  sets[0].inheritable &= ~dropped;
+  ::syscall(SYS_capset, &header, sets);
+}
+
+// A descriptor of the process, led to a file in memory until the end of the scope.
+class Captured {
+ public:
+  explicit Captured(int captured)
+      : descriptor(captured),
+        kept(::dup(captured)),
+        file(::memfd_create(("captured-" + std::to_string(captured)).c_str(), MFD_CLOEXEC)) {
+    ::dup2(file, descriptor);
+  }
+  ~Captured() { Restore(); }
+  Captured(const Captured&) = delete;
+  Captured& operator=(const Captured&) = delete;
+
+  std::string Text() {
+    std::fflush(stderr);
+    Restore();
+    const off_t size = ::lseek(file, 0, SEEK_END);
+    std::string text(static_cast<std::size_t>(size), '\0');
+    const ssize_t came = ::pread(file, text.data(), text.size(), 0);
+    ::close(file);
+    text.resize(came < 0 ? 0 : static_cast<std::size_t>(came));
+    return text;
+  }
+
+ private:
+  void Restore() {
+    if (kept >= 0) {
+      ::dup2(kept, descriptor);
+      ::close(kept);
+      kept = -1;
+    }
+  }
+
+  int descriptor;
+  int kept;
+  int file;
+};
+
+hardening::Fault FaultIn(const Json& request) {
+  const Json fault = request.value("fault", Json::object());
+  return {fault.value("call", ""), fault.value("path", ""), fault.value("error", 0),
+          fault.value("after", 0L), fault.value("text", "")};
+}
+
+// At most so many files may be open while it lives.
+class FewFiles {
+ public:
+  explicit FewFiles(int most) {
+    ::getrlimit(RLIMIT_NOFILE, &before);
+    const struct rlimit limit = {most > 0 ? static_cast<rlim_t>(most) : before.rlim_cur,
+                                 before.rlim_max};
+    ::setrlimit(RLIMIT_NOFILE, &limit);
+  }
+  ~FewFiles() { ::setrlimit(RLIMIT_NOFILE, &before); }
+  FewFiles(const FewFiles&) = delete;
+  FewFiles& operator=(const FewFiles&) = delete;
+
+ private:
+  struct rlimit before = {};
+};
+
+struct Outcome {
+  int status = -1;
+  bool threw = false;
+  long asked = 0;
+  long live = 0;
+};
+
+Outcome Run(const std::vector<std::string>& arguments, const Json& request) {
+  std::vector<const char*> argv = {"wavechain"};
+  for (const std::string& argument : arguments) {
+    argv.push_back(argument.c_str());
+  }
+  const hardening::Fault fault = FaultIn(request);
+  const long refused = request.value("refuse", 0L);
+  const bool fromThereOn = request.value("from_there_on", false);
+  const FewFiles limit(request.value("files", 0));
+  Outcome outcome;
+  hardening::SetFault(fault);
+  const long before = hardening::LiveBlocks();
+  try {
+    const hardening::Shortage shortage(refused, fromThereOn);
+    outcome.status = wavechain::CommandLine(static_cast<int>(argv.size()), argv.data());
+    outcome.asked = hardening::Shortage::Asked();
+  } catch (...) {
+    outcome.threw = true;
+  }
+  outcome.live = hardening::LiveBlocks() - before;
+  hardening::SetFault({});
+  return outcome;
+}
+
+Json AnswerCommand(const Json& request) {
+  Captured out(STDOUT_FILENO);
+  Captured err(STDERR_FILENO);
+  ::alarm(Patience_s);
+  const Outcome outcome = Run(request.at("arguments"), request);
+  ::alarm(0);
+  return {{"status", outcome.status}, {"threw", outcome.threw}, {"asked", outcome.asked},
+          {"live", outcome.live},     {"out", out.Text()},      {"err", err.Text()}};
+}
+
+}  // namespace
+
+int main() {
+  BeLikeOthers();
+  for (std::string line; std::getline(std::cin, line);) {
+    const Json request = Json::parse(line);
+    const Json answer = request.contains("arguments") ? AnswerCommand(request)
+                                                      : hardening::AnswerFilterRequest(request);
+    std::cout << answer.dump(-1, ' ', true, Json::error_handler_t::replace) << std::endl;
+  }
+  return 0;
+}

@@ -1,0 +1,179 @@
+#include "hardening/memory.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <new>
+
+#define EXPORTED __attribute__((visibility("default")))
+
+// Where memory comes from: the C library, or the sanitizer that stands in front of it.
+extern "C" {
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
+void* __libc_realloc(void* block, std::size_t size);
+void* __libc_memalign(std::size_t alignment, std::size_t size);
+void __libc_free(void* block);
+__attribute__((weak)) void* __interceptor_malloc(std::size_t size);
+__attribute__((weak)) void* __interceptor_calloc(std::size_t count, std::size_t size);
+__attribute__((weak)) void* __interceptor_realloc(void* block, std::size_t size);
+__attribute__((weak)) void* __interceptor_memalign(std::size_t alignment, std::size_t size);
+__attribute__((weak)) void __interceptor_free(void* block);
+}
+
+namespace {
+
+long live = 0;
+long asked = 0;
+long firstRefused = 0;
+bool alsoLater = false;
+bool active = false;
+
+bool Refuse() {
+  if (!active) {
+    return false;
+  }
+  ++asked;
+  const bool refused =
+      asked == firstRefused || (alsoLater && firstRefused > 0 && asked > firstRefused);
+  if (refused) {
+    errno = ENOMEM;
+  }
+  return refused;
+}
+
+void* Counted(void* block) {
+  live += block != nullptr ? 1 : 0;
+  return block;
+}
+
+void* Aligned(std::size_t alignment, std::size_t size) {
+  if (Refuse()) {
+    return nullptr;
+  }
+  return Counted(__interceptor_memalign != nullptr ? __interceptor_memalign(alignment, size)
+                                                   : __libc_memalign(alignment, size));
+}
+
+}  // namespace
+
+extern "C" {
+
+EXPORTED void* malloc(std::size_t size) {
+  if (Refuse()) {
+    return nullptr;
+  }
+  return Counted(__interceptor_malloc != nullptr ? __interceptor_malloc(size)
+                                                 : __libc_malloc(size));
+}
+
+EXPORTED void* calloc(std::size_t count, std::size_t size) {
+  if (Refuse()) {
+    return nullptr;
+  }
+  return Counted(__interceptor_calloc != nullptr ? __interceptor_calloc(count, size)
+                                                 : __libc_calloc(count, size));
+}
+
+EXPORTED void* realloc(void* block, std::size_t size) {
+  if (Refuse()) {
+    return nullptr;
+  }
+  void* const moved = __interceptor_realloc != nullptr ? __interceptor_realloc(block, size)
+                                                       : __libc_realloc(block, size);
+  live += block == nullptr && moved != nullptr ? 1 : 0;
+  live -= block != nullptr && moved == nullptr && size == 0 ? 1 : 0;
+  return moved;
+}
+
+EXPORTED void free(void* block) {
+  live -= block != nullptr ? 1 : 0;
+  if (__interceptor_free != nullptr) {
+    __interceptor_free(block);
+  } else {
+    __libc_free(block);
+  }
+}
+
+EXPORTED void* memalign(std::size_t alignment, std::size_t size) {
+  return Aligned(alignment, size);
+}
+
+EXPORTED void* aligned_alloc(std::size_t alignment, std::size_t size) {
+  return Aligned(alignment, size);
+}
+
+EXPORTED int posix_memalign(void** block, std::size_t alignment, std::size_t size) {
+  *block = Aligned(alignment, size);
+  return *block == nullptr ? ENOMEM : 0;
+}
+}
+
+namespace hardening {
+
+long LiveBlocks() { return live; }
+
+Shortage::Shortage(long first, bool fromThereOn) {
+  asked = 0;
+  firstRefused = first;
+  alsoLater = fromThereOn;
+  active = true;
+}
+Shortage::~Shortage() { active = false; }
+long Shortage::Asked() { return asked; }
+
+}  // namespace hardening
+
+namespace {
+
+void* New(std::size_t size) {
+  if (void* const block = malloc(std::max<std::size_t>(size, 1))) {
+    return block;
+  }
+  throw std::bad_alloc();
+}
+
+void* NewAligned(std::size_t size, std::align_val_t alignment) {
+  if (void* const block =
+          memalign(static_cast<std::size_t>(alignment), std::max<std::size_t>(size, 1))) {
+    return block;
+  }
+  throw std::bad_alloc();
+}
+
+}  // namespace
+
+EXPORTED void* operator new(std::size_t size) { return New(size); }
+EXPORTED void* operator new[](std::size_t size) { return New(size); }
+EXPORTED void* operator new(std::size_t size, std::align_val_t alignment) {
+  return NewAligned(size, alignment);
+}
+EXPORTED void* operator new[](std::size_t size, std::align_val_t alignment) {
+  return NewAligned(size, alignment);
+}
+EXPORTED void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+  return malloc(std::max<std::size_t>(size, 1));
+}
+EXPORTED void* operator new[](std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+  return malloc(std::max<std::size_t>(size, 1));
+}
+EXPORTED void operator delete(void* block) noexcept { free(block); }
+EXPORTED void operator delete[](void* block) noexcept { free(block); }
+EXPORTED void operator delete(void* block, std::size_t /*size*/) noexcept { free(block); }
+EXPORTED void operator delete[](void* block, std::size_t /*size*/) noexcept { free(block); }
+EXPORTED void operator delete(void* block, std::align_val_t /*alignment*/) noexcept { free(block); }
+EXPORTED void operator delete[](void* block, std::align_val_t /*alignment*/) noexcept {
+  free(block);
+}
+EXPORTED void operator delete(void* block, std::size_t /*size*/,
+                              std::align_val_t /*alignment*/) noexcept {
+  free(block);
+}
+EXPORTED void operator delete[](void* block, std::size_t /*size*/,
+                                std::align_val_t /*alignment*/) noexcept {
+  free(block);
+}
+EXPORTED void operator delete(void* block, const std::nothrow_t& /*tag*/) noexcept { free(block); }
+EXPORTED void operator delete[](void* block, const std::nothrow_t& /*tag*/) noexcept {
+  free(block);
+}
