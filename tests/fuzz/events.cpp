@@ -14,7 +14,7 @@ template <class Model>
 void Run(tracks::Twin<Model>& twin, fuzz::Input& input, const std::string& extension,
          const std::string& text) {
   twin.Supply({{extension, text}});
-  fuzz::Live(twin, input, "take.wav");
+  fuzz::Live(twin, input, "take.wav", fuzz::Allowance(10000));
 }
 
 // The C library's generator with a state of its own: the model draws the numbers that the library

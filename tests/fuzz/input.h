@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -94,6 +95,23 @@ class Input {
  private:
   const std::uint8_t* next;
   const std::uint8_t* end;
+};
+
+// What one run may take. Each request may be of any size, as long as something is left for it: one
+// long pull is worth as much as a hundred, and the fuzzer learns from the number of runs.
+class Allowance {
+ public:
+  explicit Allowance(std::int64_t most) : left(most) {}
+
+  // The request, or what is left of it. What is 0 or below costs nothing.
+  int Of(int wanted) {
+    const auto granted = static_cast<int>(std::min<std::int64_t>(wanted, left));
+    left -= std::max(granted, 0);
+    return granted;
+  }
+
+ private:
+  std::int64_t left;
 };
 
 }  // namespace fuzz

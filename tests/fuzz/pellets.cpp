@@ -14,7 +14,7 @@ void Run(const support::Kind& kind, fuzz::Input& input, const std::string& text,
   tracks::Twin<Model> twin(kind);
   if (input.Byte() % 8 != 0) twin.Set_param_list(input.Numbers(4));
   twin.Supply({{".xyd", text}});
-  fuzz::Live(twin, input, path);
+  fuzz::Live(twin, input, path, fuzz::Allowance(10000));
 }
 
 }  // namespace

@@ -11,9 +11,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t cou
   const std::string story = input.Text();
   // The header's bytes say nothing: the file begins with as many as the input asks for.
   const int header = input.Int(0, 1100);
-  folder.Write("take.iop", std::string(static_cast<std::size_t>(header), 'h') + input.Rest());
+  const std::string values = input.Rest();
+  folder.Write("take.iop", std::string(static_cast<std::size_t>(header), 'h') + values);
   fuzz::Input steps(reinterpret_cast<const std::uint8_t*>(story.data()), story.size());
   tracks::Twin<reference::SetTrack> twin(support::SetTrack);
-  fuzz::Live(twin, steps, folder.Path("take.wav"));
+  // A track goes on for as long as it is asked, and each time round is a read: some rounds are
+  // enough.
+  const std::int64_t rounds = 20 + 2 * static_cast<std::int64_t>(values.size());
+  const fuzz::Allowance allowance(std::min<std::int64_t>(rounds, 10000));
+  fuzz::Live(twin, steps, folder.Path("take.wav"), allowance);
   return 0;
 }

@@ -6,9 +6,14 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t count) {
   fuzz::Input input(bytes, count);
+  static const support::Samples noise = support::Noise(3000, 5);
+  const auto signal = [&input] {
+    return support::Samples(noise.begin(), noise.begin() + input.Int(0, 3000));
+  };
+  fuzz::Allowance allowance(5000);
   resample::Pair pair(reference::Walk::Jumps);
   pair.Set_param_list(input.Numbers(9));
-  pair.Attach(support::Noise(input.Int(0, 3000), 5));
+  pair.Attach(signal());
   if (input.Flag()) pair.sources.back().Deliver(support::InBlocksOf(input.Sizes(900)));
   for (int step = 0; step < 30 && !input.Empty(); ++step) {
     switch (input.Int(0, 15)) {
@@ -16,17 +21,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t cou
         pair.Set_param_list(input.Numbers(9));
         break;
       case 1:
-        pair.Attach(support::Noise(input.Int(0, 3000), 6));
+        pair.Attach(signal());
         break;
       case 2:
         pair.filter.Dispose();
         pair.model.Dispose();
         break;
       case 3:
-        pair.Pull(input.Int(-10000, 20000));
+        pair.Pull(allowance.Of(input.Int(-10000, 20000)));
         break;
       default:
-        pair.Pull(input.Int(0, 1500));
+        pair.Pull(allowance.Of(input.Int(0, 1500)));
     }
     pair.SameCalls();
   }

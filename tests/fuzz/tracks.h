@@ -7,8 +7,9 @@ namespace fuzz {
 
 // A source of noise with deliveries, claims and an interval of the fuzzer's choice.
 inline tracks::SourceScript Source(Input& input, const std::string& path) {
+  static const support::Samples noise = support::Noise(6000, 3);
   tracks::SourceScript script;
-  script.samples = support::Noise(input.Int(0, 6000), 3);
+  script.samples.assign(noise.begin(), noise.begin() + input.Int(0, 6000));
   script.interval_ms = input.Interval_ms();
   script.path = path;
   if (input.Flag()) script.deliver = support::InBlocksOf(input.Sizes(9000));
@@ -22,9 +23,10 @@ inline tracks::SourceScript Source(Input& input, const std::string& path) {
   return script;
 }
 
-// One life of a filter beside its model: one or two attachments, and pulls of any size.
+// One life of a filter beside its model: one or two attachments, and pulls of any size, of as many
+// samples together as are allowed.
 template <class Model>
-void Live(tracks::Twin<Model>& twin, Input& input, const std::string& path) {
+void Live(tracks::Twin<Model>& twin, Input& input, const std::string& path, Allowance allowance) {
   for (int attachment = input.Int(1, 2); attachment > 0; --attachment) {
     twin.Attach(Source(input, path));
     if (input.Flag()) twin.GetDescriptor();
@@ -32,9 +34,14 @@ void Live(tracks::Twin<Model>& twin, Input& input, const std::string& path) {
       if constexpr (requires { twin.Reference().Init(0.1); }) {
         if (input.Byte() % 16 == 15) twin.Init(input.Interval_ms());
       }
-      twin.Pull(input.Int(-9000, 20000));
+      twin.Pull(allowance.Of(input.Int(-9000, 20000)));
     }
-    twin.PullAll(input.Sizes(9000), 20);
+    const std::vector<int> sizes = input.Sizes(9000);
+    for (std::size_t pull = 0; pull < 20 && !twin.EndOfSrc(); ++pull) {
+      const int size = allowance.Of(sizes[pull % sizes.size()]);
+      if (size == 0) break;
+      twin.Pull(size);
+    }
   }
   twin.Release();
 }
