@@ -11,6 +11,7 @@
 #include "host/failure.h"
 #include "host/input_report.h"
 #include "host/output_file.h"
+#include "host/plot_canvas.h"
 #include "host/plot_chains.h"
 #include "host/plot_drawing.h"
 #include "host/plot_panels.h"
@@ -172,6 +173,7 @@ std::string RecordOfSubjects(const PlotRequest& request, const PictureTarget& ta
 }  // namespace
 
 std::string Plot(const PlotRequest& request) {
+  const Drawing drawing;
   CheckNumbers(request);
   if (request.response) {
     return PlotResponse(request);

@@ -1,7 +1,6 @@
 #include "host/plot_command.h"
 
 #include "host/failure.h"
-#include "host/plot_canvas.h"
 #include "host/print.h"
 
 namespace wavechain {
@@ -108,7 +107,6 @@ void AddPlot(CLI::App& app, PlotRequest& request) {
       "ground is grey.");
   plot->callback([&request, in, out] {
     TakeFiles(*in, *out, request);
-    const Drawing drawing;
     const std::string layout = Plot(request);
     if (!layout.empty()) {
       Print(layout);
