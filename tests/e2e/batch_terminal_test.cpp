@@ -4,6 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <filesystem>
+#include <string>
+#include <vector>
 
 #include "e2e/support/program.h"
 #include "e2e/support/sound.h"
@@ -18,10 +21,10 @@ using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::Not;
 
-std::vector<std::string> BatchOf(const TempFolder& folder, int files) {
-  std::vector<std::string> words = {"batch", "--out",        folder.Path("out"),
-                                    "-f",    "FIRFilter 20", "--jobs",
-                                    "1",     "--log",        folder.Path("log")};
+std::vector<std::string> BatchOf(const TempFolder& folder, int files, int jobs = 1) {
+  std::vector<std::string> words = {"batch",           "--out",  folder.Path("out"),   "-f",
+                                    "FIRFilter 20",    "--jobs", std::to_string(jobs), "--log",
+                                    folder.Path("log")};
   for (int i = 0; i < files; ++i) {
     const std::string path = folder.Path(std::to_string(i) + ".wav");
     // Long enough for the line to be shown again after its tenth of a second.
@@ -74,6 +77,18 @@ TEST(WavechainBatch, SaysWhenNoProcessCanBeStarted) {
   EXPECT_EQ(run.err,
             "wavechain: no other process can be started: Resource temporarily unavailable; use "
             "fewer --jobs\n");
+}
+
+TEST(WavechainBatch, SaysWhenThereAreNoPipesForMoreProcesses) {
+  const TempFolder folder;
+  const Outcome run =
+      e2e::Wavechain(BatchOf(folder, 8, 8), {.variables = e2e::Fault("pipe", EMFILE, 5)});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.err,
+            "wavechain: no pipe for another process: Too many open files; use fewer --jobs\n");
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.Path("out"))) {
+    EXPECT_THAT(entry.path().string(), Not(HasSubstr(".part")));
+  }
 }
 
 }  // namespace

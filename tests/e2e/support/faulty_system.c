@@ -5,6 +5,7 @@
      fsync, close, rename   these fail with FAULT_ERRNO
      create   opening a new file fails with FAULT_ERRNO
      fork     no process can be started, with FAULT_ERRNO
+     pipe     no pipe can be made after the first FAULT_AFTER ones, with FAULT_ERRNO
      no_renameat2   as on a file system that cannot rename without replacing
      appear   another program makes the file FAULT_PATH while the result is being completed
 
@@ -115,6 +116,13 @@ int open(const char* path, int flags, ...) {
   /* What a build that counts its lines writes about itself is no result either. */
   const int counts = strstr(path, ".gcda") != NULL;
   return Wanted("create") && (flags & O_CREAT) != 0 && !counts ? Fail() : real(path, flags, mode);
+}
+
+int pipe2(int ends[2], int flags) {
+  static int made = 0;
+  int (*real)(int[2], int);
+  *(void**)&real = dlsym(RTLD_NEXT, "pipe2");
+  return Wanted("pipe") && made++ >= Number("FAULT_AFTER") ? Fail() : real(ends, flags);
 }
 
 pid_t fork(void) {
