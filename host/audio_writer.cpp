@@ -63,7 +63,7 @@ AudioWriter::AudioWriter(int fileDescriptor, std::string fileName, const OutputF
   ::sf_command(sound->Get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
   if (!comment.empty()) {
     // Formats without a place for it refuse; the report on standard error says the same.
-    ::sf_set_string(sound->Get(), SF_STR_COMMENT, comment.c_str());
+    SoundFile::RequireMemory(::sf_set_string(sound->Get(), SF_STR_COMMENT, comment.c_str()));
   }
 }
 

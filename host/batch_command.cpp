@@ -33,13 +33,12 @@ void AddBatch(CLI::App& app, BatchRequest& request) {
       ->type_name("FILE");
   AddChainOptions(*batch, request.run.chain);
   AddTrackOption(*batch, request.run);
-  AddInputOptions(*batch, request.run);
-  batch->remove_option(batch->get_option("--silence"));
-  AddOutputOptions(*batch, request.run);
-  batch->get_option("--format")
-      ->description(
-          batch->get_option("--format")->get_description() +
-          ". Also the extension of outputs that a manifest does not name; wav by default");
+  // Kept as they come: to look one up by name takes memory, for want of which CLI11 would abort.
+  batch->remove_option(AddInputOptions(*batch, request.run));
+  CLI::Option* format = AddOutputOptions(*batch, request.run);
+  format->description(
+      format->get_description() +
+      ". Also the extension of outputs that a manifest does not name; wav by default");
   batch->add_option("-j,--jobs", request.jobs,
                     "processes at a time; by default one for each processor. Results do not depend "
                     "on it");

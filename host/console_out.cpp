@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <new>
 
 namespace wavechain {
 namespace {
@@ -16,8 +17,15 @@ std::chrono::steady_clock::time_point ClockStart() {
 }  // namespace
 
 ConsoleOut::~ConsoleOut() {
-  if (!line.empty()) {
+  if (line.empty()) {
+    return;
+  }
+  try {
     NewLine();
+  } catch (const std::bad_alloc&) {
+    // A line that was never ended is all that is lost; most likely it is want of memory that ends
+    // the filter, and will be reported.
+    line.clear();
   }
 }
 

@@ -25,15 +25,16 @@ std::string TypeNames() {
 
 }  // namespace
 
-void AddInputOptions(CLI::App& command, RunRequest& request) {
+CLI::Option* AddInputOptions(CLI::App& command, RunRequest& request) {
   command
       .add_option_function<std::string>(
           "--channel",
           [&request](const std::string& text) { request.channel = ChannelNumber(text); },
           "channel to read, from 1 (files of several)")
       ->type_name("NUMBER");
-  command.add_option("--silence", request.silence_s,
-                     "seconds of silence as input, in place of a recording (with --rate)");
+  CLI::Option* silence =
+      command.add_option("--silence", request.silence_s,
+                         "seconds of silence as input, in place of a recording (with --rate)");
   command.add_option("--rate", request.rate, "sampling rate of the silence or of raw samples, Hz");
   command.add_option("-t,--type", request.type,
                      "IN is raw samples without a header, little-endian, one channel: " +
@@ -47,6 +48,7 @@ void AddInputOptions(CLI::App& command, RunRequest& request) {
                    "begins in them");
   command.add_option("--library", request.library,
                      "filter library to load instead of the usual one");
+  return silence;
 }
 
 }  // namespace wavechain

@@ -33,17 +33,19 @@ void AddTrackOption(CLI::App& command, RunRequest& request) {
       ->type_name("NAME=\"FILTER | FILTER\"");
 }
 
-void AddOutputOptions(CLI::App& command, RunRequest& request) {
+CLI::Option* AddOutputOptions(CLI::App& command, RunRequest& request) {
   command.add_option("--encoding", request.encoding,
                      "how samples are stored: " + Choices(Encodings()) +
                          "; float32 by default (pcm24 in FLAC). Integers are scaled by the "
                          "signal's full scale");
-  command.add_option("--format", request.format,
-                     "kind of file to write, whatever the extension: " + Choices(Containers()));
+  CLI::Option* format =
+      command.add_option("--format", request.format,
+                         "kind of file to write, whatever the extension: " + Choices(Containers()));
   command.add_option("--seed", request.seed, "of the noise that FricSyn draws; 1 by default");
   command.add_flag("--no-validity", request.noValidity,
                    "leave out the column of .csv and .ssff files that tells which samples of a "
                    "track have data behind them");
+  return format;
 }
 
 }  // namespace wavechain

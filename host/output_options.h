@@ -11,8 +11,8 @@ namespace wavechain {
 void AddTrackOption(CLI::App& command, RunRequest& request);
 
 /// Gives the command the options that say what an output is to be like: --encoding, --format,
-/// --seed and --no-validity.
-void AddOutputOptions(CLI::App& command, RunRequest& request);
+/// --seed and --no-validity. Returns --format.
+CLI::Option* AddOutputOptions(CLI::App& command, RunRequest& request);
 
 }  // namespace wavechain
 

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <filesystem>
 #include <iterator>
+#include <new>
+#include <system_error>
 
 #include "host/failure.h"
 #include "host/interrupt.h"
@@ -31,6 +33,9 @@ FileRecord LibraryRecord(const FilterLibrary& library) {
   std::error_code error;
   const std::filesystem::path path = library.Path();
   const std::filesystem::path real = std::filesystem::canonical(path, error);
+  if (error == std::errc::not_enough_memory) {
+    throw std::bad_alloc();
+  }
   return {(error ? path : real).filename().string(), library.Hash()};
 }
 

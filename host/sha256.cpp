@@ -8,20 +8,32 @@
 #include <array>
 #include <cerrno>
 #include <memory>
+#include <new>
 #include <vector>
 
 #include "host/file.h"
 #include "host/interrupt.h"
 
 namespace wavechain {
+namespace {
+
+// Nothing but want of memory keeps OpenSSL from a digest that it knows. A record without one would
+// be another record.
+void Require(bool done) {
+  if (!done) {
+    throw std::bad_alloc();
+  }
+}
+
+}  // namespace
 
 std::optional<std::string> Sha256(int descriptor) {
   const std::unique_ptr<EVP_MD_CTX, decltype(&::EVP_MD_CTX_free)> state(::EVP_MD_CTX_new(),
                                                                         &::EVP_MD_CTX_free);
-  bool good = ::EVP_DigestInit_ex(state.get(), ::EVP_sha256(), nullptr) == 1;
+  Require(state != nullptr && ::EVP_DigestInit_ex(state.get(), ::EVP_sha256(), nullptr) == 1);
   std::vector<char> block(1 << 18);
   off_t at = 0;
-  while (good) {
+  for (;;) {
     StopIfInterrupted();
     const ssize_t came = ::pread(descriptor, block.data(), block.size(), at);
     if (came == 0) {
@@ -30,15 +42,15 @@ std::optional<std::string> Sha256(int descriptor) {
     if (came < 0 && errno == EINTR) {
       continue;
     }
-    good = came > 0 &&
-           ::EVP_DigestUpdate(state.get(), block.data(), static_cast<std::size_t>(came)) == 1;
+    if (came < 0) {
+      return std::nullopt;
+    }
+    Require(::EVP_DigestUpdate(state.get(), block.data(), static_cast<std::size_t>(came)) == 1);
     at += came;
   }
   std::array<unsigned char, EVP_MAX_MD_SIZE> digest = {};
   unsigned size = 0;
-  if (!good || ::EVP_DigestFinal_ex(state.get(), digest.data(), &size) != 1) {
-    return std::nullopt;
-  }
+  Require(::EVP_DigestFinal_ex(state.get(), digest.data(), &size) == 1);
   std::string text;
   for (unsigned i = 0; i < size; ++i) {
     text += fmt::format("{:02x}", digest[i]);

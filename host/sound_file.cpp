@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <new>
 #include <utility>
 
 #include "host/failure.h"
@@ -15,7 +16,12 @@ namespace {
 
 SoundFile& Self(void* self) { return *static_cast<SoundFile*>(self); }
 
-std::string WithoutDot(std::string text) {
+// libsndfile has no public number for it. That it cannot be read as a recording, or written, would
+// send the user to the wrong place.
+std::string Explained(std::string text) {
+  if (text.starts_with("Internal malloc () failed")) {
+    throw std::bad_alloc();
+  }
   while (!text.empty() && (text.back() == '.' || text.back() == ' ')) {
     text.pop_back();
   }
@@ -35,19 +41,22 @@ SoundFile::~SoundFile() { Close(); }
 
 bool SoundFile::Close() {
   if (file != nullptr) {
-    const int error = ::sf_close(std::exchange(file, nullptr));
-    if (error != 0) {
-      closingError = WithoutDot(::sf_error_number(error));
-    }
+    closingError = ::sf_close(std::exchange(file, nullptr));
   }
-  return systemError == 0 && closingError.empty();
+  return systemError == 0 && closingError == 0;
 }
 
 std::string SoundFile::Error() const {
   if (systemError != 0) {
     return SystemText(systemError);
   }
-  return closingError.empty() ? WithoutDot(::sf_strerror(file)) : closingError;
+  return Explained(closingError != 0 ? ::sf_error_number(closingError) : ::sf_strerror(file));
+}
+
+void SoundFile::RequireMemory(int error) {
+  if (error != 0) {
+    static_cast<void>(Explained(::sf_error_number(error)));
+  }
 }
 
 sf_count_t SoundFile::Note(sf_count_t result, int error) {

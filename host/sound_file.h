@@ -27,8 +27,11 @@ class SoundFile {
   SNDFILE* Get() const { return file; }
   /// Completes and closes the audio file, not the descriptor; false when something failed.
   bool Close();
-  /// What went wrong: the system's reason where there is one, otherwise libsndfile's.
+  /// What went wrong: the system's reason where there is one, otherwise libsndfile's. Throws
+  /// std::bad_alloc where that was want of memory.
   std::string Error() const;
+  /// Throws std::bad_alloc where the number that libsndfile returned means want of memory.
+  static void RequireMemory(int error);
   /// The errno value of the first call that failed, or 0.
   int SystemError() const { return systemError; }
   /// Bytes from the start of the file to the furthest one written.
@@ -49,7 +52,7 @@ class SoundFile {
   SNDFILE* file = nullptr;
   int systemError = 0;
   std::int64_t written = 0;
-  std::string closingError;
+  int closingError = 0;  // libsndfile's number
 };
 
 }  // namespace wavechain

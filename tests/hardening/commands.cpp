@@ -2,6 +2,8 @@
 // on demand. A test written in Python gives one request a line, as JSON, and gets one answer a
 // line.
 
+#include <dlfcn.h>
+#include <execinfo.h>
 #include <fcntl.h>
 #include <linux/capability.h>
 #include <sys/mman.h>
@@ -9,7 +11,12 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <array>
+#include <csignal>
+#include <cstdint>
 #include <cstdio>
+#include <cstdlib>
+#include <exception>
 #include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -38,6 +45,32 @@ void BeLikeOthers() {
   sets[0].permitted &= ~dropped;
   sets[0].inheritable &= ~dropped;
   ::syscall(SYS_capset, &header, sets);
+}
+
+// Where the process is about to end, in the file that ABORTED_AT names: a line for each function on
+// the way, innermost first, with the file that it is of and its place there.
+void TellWhere() {
+  std::array<void*, 64> frames = {};
+  const int count = ::backtrace(frames.data(), static_cast<int>(frames.size()));
+  const char* const path = std::getenv("ABORTED_AT");
+  const int file = path == nullptr ? -1 : ::open(path, O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  for (int i = 0; i < count && file >= 0; ++i) {
+    const char* const at = static_cast<const char*>(frames[static_cast<std::size_t>(i)]);
+    Dl_info found = {};
+    if (::dladdr(at, &found) != 0) {
+      ::dprintf(file, "%s %tx\n", found.dli_fname, at - static_cast<const char*>(found.dli_fbase));
+    }
+  }
+}
+
+[[noreturn]] void Aborted() {
+  TellWhere();
+  std::abort();
+}
+
+void TellOfCrash(int signal) {
+  TellWhere();
+  std::signal(signal, SIG_DFL);
 }
 
 // A descriptor of the process, led to a file in memory until the end of the scope.
@@ -146,6 +179,10 @@ Json AnswerCommand(const Json& request) {
 
 int main() {
   BeLikeOthers();
+  std::array<void*, 1> warm = {};
+  ::backtrace(warm.data(), 1);  // its first call takes memory
+  std::set_terminate(Aborted);
+  std::signal(SIGSEGV, TellOfCrash);
   for (std::string line; std::getline(std::cin, line);) {
     const Json request = Json::parse(line);
     const Json answer = request.contains("arguments") ? AnswerCommand(request)

@@ -1,0 +1,159 @@
+"""Memory that runs out in the middle of a run of wavechain: once, and for good.
+
+A run asks for some 4000 blocks. In turn each of them is refused, alone or with all that are asked for
+later. MEMORY_STEP=1 in the environment tries them all, which takes a minute or more; otherwise every Nth one
+is tried, from another one on for each of the two.
+"""
+
+import bisect
+import collections
+import os
+import pathlib
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+import hostile_recordings
+import hostile_text
+from host_commands import Commands
+
+# What ends the process, whatever the caller does, and only where memory runs out right there. The output
+# is not there then, but its part and the temporary folder are. Nothing else may end it.
+#
+# nlohmann-json 3.11 takes memory to give memory back: its destructors, which must not throw, move the
+# members of an array or object into a vector of their own.
+ABORTS = "nlohmann::"
+# libsndfile 1.2 writes to the buffer for a file's header without asking whether it got one.
+CRASHES = "libsndfile.so"
+# On the way from there to the end.
+NOT_THE_REASON = ("(anonymous namespace)::TellWhere", "(anonymous namespace)::Aborted", "(anonymous namespace)::New", "operator new")
+
+
+class Functions:
+    """The names of the functions of a program, which may lie anywhere in memory."""
+
+    def __init__(self, program):
+        lines = subprocess.run(["nm", "-C", "--defined-only", program], capture_output=True, text=True, check=True).stdout.splitlines()
+        table = sorted((int(at, 16), name) for at, kind, name in (line.split(" ", 2) for line in lines) if kind in "tTwWuV")
+        self.places, self.names = zip(*table)
+
+    def at(self, offset):
+        # An address of return lies behind its call.
+        return self.names[bisect.bisect_right(self.places, offset - 1) - 1]
+
+
+class Memory(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.functions = Functions(os.environ["COMMANDS"])
+
+    def setUp(self):
+        held = tempfile.TemporaryDirectory()
+        self.addCleanup(held.cleanup)
+        self.folder = pathlib.Path(held.name)
+        self.out = self.folder / "out"
+        self.temporary = self.folder / "tmp"
+        self.aborted_at = self.folder / "aborted"
+        self.out.mkdir()
+        self.temporary.mkdir()
+        os.environ["TMPDIR"] = str(self.temporary)
+        os.environ["ABORTED_AT"] = str(self.aborted_at)
+        self.recording = self.folder / "take.wav"
+        self.recording.write_bytes(hostile_recordings.wav())
+        for kind, form in hostile_text.FORMATS.items():
+            (self.folder / ("pal.dat" if kind == "pal" else f"take.{kind}")).write_bytes(hostile_text.text_of(form.lines))
+        self.process = Commands()
+        self.counts = collections.Counter()
+
+    def tearDown(self):
+        self.assertEqual(self.process.close(), 0)
+
+    def run_chain(self, arguments, **more):
+        self.clear()
+        return self.process.run("run", self.recording, *arguments, **more)
+
+    def clear(self):
+        for old in self.out.iterdir():
+            old.unlink()
+        for old in self.temporary.iterdir():
+            shutil.rmtree(old)
+
+    def written(self):
+        return {path.name: path.read_bytes() for path in self.out.iterdir()}
+
+    def settle(self, arguments):
+        """Runs until nothing is kept for the first time any more; returns the allocations of one run."""
+        for _ in range(4):
+            done = self.run_chain(arguments)
+            self.assertEqual(done.status, 0, done.err)
+        self.assertEqual(done.live, 0)
+        return done.asked
+
+    def check(self, arguments, step):
+        step = int(os.environ.get("MEMORY_STEP", step))
+        asked = self.settle(arguments)
+        wanted = self.written()
+        self.assertTrue(wanted)
+        for from_there_on in (False, True):
+            for refused in range(1 + (step // 2 if from_there_on else 0), asked + 1, step):
+                with self.subTest(allocation=refused, and_later=from_there_on):
+                    self.refuse(arguments, refused, from_there_on, wanted)
+        self.assertGreater(self.counts["failed"], self.counts["not needed"])
+        # Caches of libraries, and what constructors of nlohmann-json lose. What the program itself forgot,
+        # it would forget nearly every time.
+        self.assertLess(self.counts["kept blocks"], 0.03 * self.counts["failed"])
+        self.assertLess(self.counts["aborted"] + self.counts["crashed"], 0.1 * self.counts.total())
+        self.run_chain(arguments)
+        self.assertEqual(self.written(), wanted)
+
+    def refuse(self, arguments, refused, from_there_on, wanted):
+        try:
+            done = self.run_chain(arguments, refuse=refused, from_there_on=from_there_on)
+        except EOFError as ended:
+            self.require_known_end(ended)
+            self.settle(arguments)
+            return
+        self.counts["not needed" if done.status == 0 else "failed"] += 1
+        self.assertFalse(done.threw)
+        self.assertEqual(list(self.temporary.iterdir()), [], done.err)
+        self.counts["kept blocks"] += done.live > 0
+        if done.status == 0:
+            # What was refused was not needed.
+            self.assertEqual(self.written(), wanted)
+            return
+        self.assertEqual(self.written(), {})
+        self.assertIn(done.status, (1, 2, 3))
+        # The loader does not always tell why it could not.
+        self.assertRegex(done.lines[-1], "(?i)^wavechain: .*(memory|cannot be loaded: )")
+        self.assertEqual(sum(line.startswith("wavechain: ") for line in done.lines), 1, done.err)
+
+    def require_known_end(self, ended):
+        """The innermost function, operator new aside, must be of what ends the process itself."""
+        path = [line.rsplit(" ", 1) for line in self.aborted_at.read_text().splitlines()]
+        self.aborted_at.unlink()
+        if "ended by -11" in str(ended):
+            # Behind the handler and what the system puts below it.
+            inner = next(file for file, _ in path[2:] if "libc.so" not in file)
+            self.assertIn(CRASHES, inner, path)
+            self.counts["crashed"] += 1
+        else:
+            self.assertIn("ended by -6", str(ended))
+            own = [self.functions.at(int(offset, 16)) for file, offset in path if file == os.environ["COMMANDS"]]
+            inner = next(name for name in own if not name.startswith(NOT_THE_REASON))
+            self.assertTrue(inner.startswith(ABORTS), own)
+            self.counts["aborted"] += 1
+        self.assertFalse(set(self.written()) & {"out.wav", "out.csv"})
+
+    def test_of_a_run(self):
+        self.check([self.out / "out.wav", "-f", "BeamData mode=speed", "-f", "FIRFilter 5"], 7)
+
+    def test_of_events(self):
+        self.check([self.out / "out.wav", "-f", "GlotSyn"], 23)
+
+    def test_of_tracks(self):
+        self.check([self.out / "out.csv", "--track", "speed=BeamData mode=speed", "--track", "low=FIRFilter 5"], 23)
+
+
+if __name__ == "__main__":
+    unittest.main()
