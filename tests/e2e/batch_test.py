@@ -1,5 +1,6 @@
 """A chain over many recordings: as each alone, redone only where something changed, failures told."""
 
+import contextlib
 import json
 import math
 import os
@@ -260,7 +261,7 @@ class Ends(Batch):
         process, child = self.begin_waiting()
         while process.poll() is None:
             # Until it waits: a signal that comes before that is only noted.
-            if children(process):
+            with contextlib.suppress(ProcessLookupError):
                 os.kill(child, signal.SIGTERM)
             time.sleep(0.05)
         lines, said = self.end(process)

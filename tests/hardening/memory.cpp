@@ -7,18 +7,13 @@
 
 #define EXPORTED __attribute__((visibility("default")))
 
-// Where memory comes from: the C library, or the sanitizer that stands in front of it.
+// Where memory comes from.
 extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* block, std::size_t size);
 void* __libc_memalign(std::size_t alignment, std::size_t size);
 void __libc_free(void* block);
-__attribute__((weak)) void* __interceptor_malloc(std::size_t size);
-__attribute__((weak)) void* __interceptor_calloc(std::size_t count, std::size_t size);
-__attribute__((weak)) void* __interceptor_realloc(void* block, std::size_t size);
-__attribute__((weak)) void* __interceptor_memalign(std::size_t alignment, std::size_t size);
-__attribute__((weak)) void __interceptor_free(void* block);
 }
 
 namespace {
@@ -51,8 +46,7 @@ void* Aligned(std::size_t alignment, std::size_t size) {
   if (Refuse()) {
     return nullptr;
   }
-  return Counted(__interceptor_memalign != nullptr ? __interceptor_memalign(alignment, size)
-                                                   : __libc_memalign(alignment, size));
+  return Counted(__libc_memalign(alignment, size));
 }
 
 }  // namespace
@@ -63,24 +57,21 @@ EXPORTED void* malloc(std::size_t size) {
   if (Refuse()) {
     return nullptr;
   }
-  return Counted(__interceptor_malloc != nullptr ? __interceptor_malloc(size)
-                                                 : __libc_malloc(size));
+  return Counted(__libc_malloc(size));
 }
 
 EXPORTED void* calloc(std::size_t count, std::size_t size) {
   if (Refuse()) {
     return nullptr;
   }
-  return Counted(__interceptor_calloc != nullptr ? __interceptor_calloc(count, size)
-                                                 : __libc_calloc(count, size));
+  return Counted(__libc_calloc(count, size));
 }
 
 EXPORTED void* realloc(void* block, std::size_t size) {
   if (Refuse()) {
     return nullptr;
   }
-  void* const moved = __interceptor_realloc != nullptr ? __interceptor_realloc(block, size)
-                                                       : __libc_realloc(block, size);
+  void* const moved = __libc_realloc(block, size);
   live += block == nullptr && moved != nullptr ? 1 : 0;
   live -= block != nullptr && moved == nullptr && size == 0 ? 1 : 0;
   return moved;
@@ -88,11 +79,7 @@ EXPORTED void* realloc(void* block, std::size_t size) {
 
 EXPORTED void free(void* block) {
   live -= block != nullptr ? 1 : 0;
-  if (__interceptor_free != nullptr) {
-    __interceptor_free(block);
-  } else {
-    __libc_free(block);
-  }
+  __libc_free(block);
 }
 
 EXPORTED void* memalign(std::size_t alignment, std::size_t size) {

@@ -3,7 +3,8 @@
 namespace hardening {
 
 // The process's memory, operator new and the C library's functions alike: counted, and refused on
-// demand. A program that asks is linked with memory.cpp, which replaces them all.
+// demand. A program that asks is linked with memory.cpp, which replaces them all; where a sanitizer
+// looks after the memory, with memory_of_sanitizer.cpp, which cannot refuse.
 
 // Blocks that were handed out and not given back.
 long LiveBlocks();
