@@ -157,8 +157,8 @@ std::vector<ManifestEntry> ReadJsonLines(std::string_view text, const std::strin
     ManifestEntry entry = {fmt::format("{}:{}", name, line), {}};
     const auto json = nlohmann::json::parse(one.begin(), one.end(), nullptr, false);
     if (!json.is_object()) {
-      Fail(ExitStatus::Usage,
-           "{}: is no JSON object; write a line such as {{\"input\": \"a.wav\"}}", entry.place);
+      Fail(ExitStatus::Usage, R"({}: is no JSON object; write a line such as {{"input": "a.wav"}})",
+           entry.place);
     }
     for (const auto& [key, value] : json.items()) {
       if (!value.is_string() && !value.is_number_integer() && !value.is_null()) {
