@@ -62,8 +62,8 @@ slurmd -D >"$place/slurmd.txt" 2>&1 &
 daemons+=($!)
 
 # A folder as the examples expect it.
-mkdir -p "$place/work/recordings"
-cd "$place/work"
+mkdir -p "$place/lab/recordings"
+cd "$place/lab"
 cp "$examples/slurm_array.sh" .
 cp "$examples/smooth.toml" .
 for i in {1..12}; do
@@ -71,7 +71,7 @@ for i in {1..12}; do
 done
 
 tell() {
-  tail -n 20 "$place"/*.txt "$place"/work/slurm-*.txt >&2 2>/dev/null || true
+  tail -n 20 "$place"/*.txt "$place"/lab/slurm-*.txt >&2 2>/dev/null || true
   echo "slurm_one_node: $1" >&2
   exit 1
 }
