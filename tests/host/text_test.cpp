@@ -4,9 +4,13 @@
 
 #include <clocale>
 #include <limits>
+#include <locale>
 
 #include "host/audio_input.h"
 #include "host/failure.h"
+#include "host/make.h"
+#include "host/number_stream.h"
+#include "support/temp_folder.h"
 
 namespace {
 
@@ -36,6 +40,34 @@ TEST(Numbers, AreWrittenSoThatTheyReadBack) {
   for (const double value : {0.1, 1.0 / 3.0, 1e300, -2.5e-9, std::numeric_limits<double>::min()}) {
     EXPECT_EQ(ParseNumber(wavechain::NumberText(value)), value);
   }
+}
+
+// What a global locale says of numbers; it may be that of a library that the program loads.
+class DecimalComma : public std::numpunct<char> {
+  char do_decimal_point() const override { return ','; }
+  char do_thousands_sep() const override { return '.'; }
+  std::string do_grouping() const override { return "\3"; }
+};
+
+TEST(Numbers, AreTheSameUnderADecimalComma) {
+  const support::TempFolder folder;
+  const std::string path = folder.Write("events", "-12.345 1.5 2,5\n");
+  const std::locale before =
+      std::locale::global(std::locale(std::locale::classic(), new DecimalComma));
+  const auto stream = wavechain::Make<wavechain::NumberStream>();
+  double first = 0.0;
+  float second = 0.0F;
+  double third = 0.0;
+  EXPECT_TRUE(stream->Open(path) && stream->GetLine() && stream->GetDouble(first) &&
+              stream->GetSingle(second) && stream->GetDouble(third));
+  const std::string written = wavechain::NumberText(12345.5);
+  const auto read = ParseNumber("12345.5");
+  std::locale::global(before);
+  EXPECT_EQ(first, -12.345);
+  EXPECT_EQ(second, 1.5F);
+  EXPECT_EQ(third, 2.0);
+  EXPECT_EQ(written, "12345.5");
+  EXPECT_EQ(read, 12345.5);
 }
 
 TEST(NearestName, IsTheOneWithTheFewestDifferences) {
