@@ -32,7 +32,14 @@ int NonCausalP::Set_src_list(IWaveSourceC** sources, int count) {
   }
   Dispose();
   KeepSource(sources[0]);
-  const int result = SrcSet();
+  int result = 0;
+  try {
+    result = SrcSet();
+  } catch (...) {
+    // The partner will not see the rest of the list, whose references are the pair's all the same.
+    std::for_each(sources + 1, sources + count, [](IWaveSourceC* source) { source->Release(); });
+    throw;
+  }
   partner->Set_src_list(sources + 1, count - 1);
   return result;
 }

@@ -23,7 +23,8 @@ class NonCausalP : public NonCausal {
   int TransmitNow(float* out, int n, int& got) override;
   bool EndOfSrc() override;
   /// The front keeps the first source and hands the rest of the list to its partner, which
-  /// keeps the second and releases the others. An empty list is not read: both sources go.
+  /// keeps the second and releases the others. Where the first one throws, the rest
+  /// of the list is released. An empty list is not read: both sources go.
   int Set_src_list(IWaveSourceC** sources, int count) override;
   /// Passed on to the partner; the front has no parameters.
   void Set_param_list(double* values, int count) override;

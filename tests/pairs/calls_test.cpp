@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <limits>
+#include <list>
+#include <new>
 
 #include "pairs/twin.h"
 
@@ -90,6 +93,37 @@ TEST(PairCalls, AnEmptyListDisposesOfBothSourcesAndIsNotRead) {
       EXPECT_FALSE(filter.EndOfSrc());  // as it was: the padding is still to come
       filter.Slots().Set_src_list(filter.Object(), nullptr, count);
       EXPECT_EQ(log.Take(), Calls{});
+    }
+  }
+}
+
+// A host's source should not throw; where it does, no reference of the list is lost.
+TEST(PairCalls, KeepOrReleaseEverySourceWhereOneOfThemThrows) {
+  for (const support::Kind& kind : Kinds) {
+    for (const std::size_t thrower : {0U, 1U}) {
+      CallLog log;
+      std::list<SourceMock> sources;
+      for (const char* name : {"one", "two", "three", "four"}) {
+        sources.emplace_back(name, log, support::Noise(50));
+      }
+      std::next(sources.begin(), thrower)->before = [](const std::string& operation) {
+        if (operation == "GetDescriptor") throw std::bad_alloc();
+      };
+      {
+        Filter filter = support::MakeFilter(kind);
+        SourceMock old("old", log);
+        filter.Set_src_list({&old, &old});
+        log.Take();
+        std::vector<SourceMock*> list;
+        for (SourceMock& source : sources) list.push_back(&source);
+        EXPECT_THROW(filter.Set_src_list(list), std::bad_alloc);
+        EXPECT_EQ(sources.front().References(), 1);
+        EXPECT_EQ(sources.back().References(), 0);
+        EXPECT_EQ(old.References(), thrower == 0 ? 1 : 0);
+        filter.Set_src_list({});
+        EXPECT_EQ(old.References(), 0);
+      }
+      for (const SourceMock& source : sources) EXPECT_EQ(source.References(), 0);
     }
   }
 }
