@@ -100,7 +100,7 @@ TEST(PairCalls, AnEmptyListDisposesOfBothSourcesAndIsNotRead) {
 // A host's source should not throw; where it does, no reference of the list is lost.
 TEST(PairCalls, KeepOrReleaseEverySourceWhereOneOfThemThrows) {
   for (const support::Kind& kind : Kinds) {
-    for (const std::size_t thrower : {0U, 1U}) {
+    for (const int thrower : {0, 1}) {
       CallLog log;
       std::list<SourceMock> sources;
       for (const char* name : {"one", "two", "three", "four"}) {
