@@ -5,6 +5,7 @@
 #include "host/input_options.h"
 #include "host/print.h"
 #include "host/run_input.h"
+#include "host/run_steps.h"
 
 namespace wavechain {
 namespace {
@@ -26,10 +27,8 @@ void Check(const CheckCommand& command) {
   const RunInput input(request);
   Log log;
   try {
-    const DataOptions data = {request.input == "-" ? "" : request.input, request.allowMissing,
-                              request.libraryTail};
     const Chain chain(library, wavefilters::Ref<HostSource>::Share(input.Source()), calls,
-                      {.data = data, .allowTruncated = request.allowTruncated}, log);
+                      SettingsOf(request), log);
     const CheckedSignal checked = {input.File(), input.Source()->Info(), chain.Steps()};
     Print(command.json ? CheckJson(checked) : command.dot ? CheckDot(checked) : CheckText(checked));
   } catch (const Failure&) {

@@ -4,9 +4,11 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
-#include <limits>
+#include <iterator>
 #include <string>
 #include <vector>
+
+#include "support/odd_numbers.h"
 
 namespace fuzz {
 
@@ -30,27 +32,11 @@ class Input {
 
   // Any double at all: small whole numbers and ends of ranges more often than chance would.
   double Number() {
-    constexpr double Special[] = {0.5,
-                                  -0.5,
-                                  2048.0,
-                                  2049.0,
-                                  8192.0,
-                                  2147483647.0,
-                                  2147483648.0,
-                                  -2147483648.0,
-                                  -2147483649.0,
-                                  9007199254740992.0,
-                                  1e300,
-                                  -1e300,
-                                  std::numeric_limits<double>::denorm_min(),
-                                  HUGE_VAL,
-                                  -HUGE_VAL,
-                                  2.9,
-                                  -2.9,
-                                  -0.0};
     const int kind = Byte();
     if (kind < 160) return kind - 32;
-    if (kind < 160 + static_cast<int>(std::size(Special))) return Special[kind - 160];
+    if (kind < 160 + static_cast<int>(std::size(support::OddNumbers))) {
+      return support::OddNumbers[kind - 160];
+    }
     if (kind < 200) return std::nan("");
     if (kind < 225) return Int(-1000000, 1000000) / 1024.0;
     double any = 0.0;

@@ -3,43 +3,18 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <limits>
+#include <iterator>
 #include <random>
 
 #include "hardening/plain_filter.h"
 #include "support/filter.h"
+#include "support/odd_numbers.h"
 
 namespace hardening {
 namespace {
 
 constexpr int MostValues = 9;  // one more than any kind reads
 constexpr int SignalLength = 1500;
-
-const std::vector<double> Values{
-    0.0,
-    -0.0,
-    1.0,
-    -1.0,
-    0.5,
-    -0.5,
-    2.9,
-    -2.9,
-    2048.0,
-    2049.0,
-    8192.0,
-    2147483647.0,
-    2147483648.0,
-    -2147483648.0,
-    -2147483649.0,
-    9007199254740992.0,
-    1e300,
-    -1e300,
-    std::numeric_limits<double>::denorm_min(),
-    std::numeric_limits<double>::infinity(),
-    -std::numeric_limits<double>::infinity(),
-    std::numeric_limits<double>::quiet_NaN(),
-};
 
 struct List {
   std::vector<double> values;
@@ -65,7 +40,7 @@ std::vector<double> Base(const Kind& kind) {
 
 void AddSingles(const Kind& kind, std::vector<List>& lists) {
   for (std::size_t index = 0; index < MostValues; ++index) {
-    for (const double value : Values) {
+    for (const double value : support::OddNumbers) {
       List list{Base(kind), 0};
       list.values[index] = value;
       for (list.count = -1; list.count <= MostValues; ++list.count) {
@@ -78,8 +53,8 @@ void AddSingles(const Kind& kind, std::vector<List>& lists) {
 void AddPairs(const Kind& kind, std::vector<List>& lists) {
   for (std::size_t second = 1; second < ParameterCount(kind); ++second) {
     for (std::size_t first = 0; first < second; ++first) {
-      for (const double one : Values) {
-        for (const double other : Values) {
+      for (const double one : support::OddNumbers) {
+        for (const double other : support::OddNumbers) {
           List list{Base(kind), MostValues};
           list.values[first] = one;
           list.values[second] = other;
@@ -96,7 +71,7 @@ void AddMixtures(const Kind& kind, std::vector<List>& lists) {
   for (int i = 0; i < 200; ++i) {
     List list{Base(kind), static_cast<int>(random() % (MostValues + 1))};
     for (double& value : list.values) {
-      value = Values[random() % Values.size()];
+      value = support::OddNumbers[random() % std::size(support::OddNumbers)];
     }
     lists.push_back(list);
   }
