@@ -1,5 +1,7 @@
 #include "host/provenance.h"
 
+#include <utility>
+
 #include "host/failure.h"
 
 namespace wavechain {
@@ -7,8 +9,13 @@ namespace {
 
 using Object = nlohmann::ordered_json;
 
+// Objects are made member by member here: a list in braces whose memory runs out half-way is lost.
+
 Object FileJson(const FileRecord& file) {
-  return {{"file", file.name}, {"sha256", file.sha256 ? Object(*file.sha256) : Object(nullptr)}};
+  Object json = Object::object();
+  json["file"] = file.name;
+  json["sha256"] = file.sha256 ? Object(*file.sha256) : Object(nullptr);
+  return json;
 }
 
 FileRecord FileFrom(const Object& json) {
@@ -20,12 +27,14 @@ FileRecord FileFrom(const Object& json) {
 }
 
 Object TracksJson(const std::vector<TrackRecord>& tracks) {
-  auto json = Object::array();
+  Object json = Object::array();
   for (const TrackRecord& track : tracks) {
-    json.push_back({{"name", track.name},
-                    {"filters", track.filters},
-                    {"unit", track.unit},
-                    {"full_scale", track.fullScale}});
+    Object trackJson = Object::object();
+    trackJson["name"] = track.name;
+    trackJson["filters"] = track.filters;
+    trackJson["unit"] = track.unit;
+    trackJson["full_scale"] = track.fullScale;
+    json.push_back(std::move(trackJson));
   }
   return json;
 }
@@ -130,22 +139,28 @@ Object Provenance::Json() const {
   PutIf(inputJson, "type", type);
   PutIf(inputJson, "silence_s", silence_s);
   PutIf(inputJson, "rate_hz", rate);
-  auto filesJson = Object::array();
+  Object filesJson = Object::array();
   for (const FileRecord& file : files) {
     filesJson.push_back(FileJson(file));
   }
-  Object options = {{"seed", seed}, {"block", block}};
+  Object options = Object::object();
+  options["seed"] = seed;
+  options["block"] = block;
   PutFlag(options, "allow_truncated", allowTruncated);
   PutFlag(options, "allow_missing", allowMissing);
   PutFlag(options, "library_tail", libraryTail);
   PutFlag(options, "no_validity", noValidity);
-  Object outputJson = {{"format", format}};
+  Object outputJson = Object::object();
+  outputJson["format"] = format;
   PutIf(outputJson, "encoding", encoding);
   if (tracks.empty() && !picture) {
     outputJson["unit"] = unit;
     outputJson["full_scale"] = fullScale;
   }
-  Object json = {{"wavechain", program}, {"library", libraryJson}, {"input", inputJson}};
+  Object json = Object::object();
+  json["wavechain"] = program;
+  json["library"] = libraryJson;
+  json["input"] = inputJson;
   if (tracks.empty() || picture) {
     json["filters"] = filters;
   }

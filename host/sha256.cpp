@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <openssl/err.h>
 #include <openssl/evp.h>
 #include <unistd.h>
 
@@ -21,6 +22,7 @@ namespace {
 // be another record.
 void Require(bool done) {
   if (!done) {
+    ::ERR_clear_error();  // OpenSSL queues what went wrong, with texts, until somebody asks
     throw std::bad_alloc();
   }
 }
