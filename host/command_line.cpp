@@ -130,7 +130,8 @@ void RequireKnownCommand(const CLI::App& app, int argc, const char* const* argv)
            Suggestion(name, {names.begin(), names.end()}));
     }
   }
-  const bool mayBeParameter = asked.get_option_no_throw("--filter") != nullptr;
+  // get_option_no_throw() would end the process where memory runs out.
+  const bool mayBeParameter = std::ranges::find(names, "--filter") != names.end();
   Fail(ExitStatus::Usage, "'{}' is one word too many{}", extras.empty() ? "" : extras.front(),
        mayBeParameter ? "; a filter and its parameters stand in quotes, as in -f \"FIRNotch "
                         "half_length=200\""
