@@ -47,19 +47,43 @@ void BeLikeOthers() {
   ::syscall(SYS_capset, &header, sets);
 }
 
-// Where the process is about to end, in the file that ABORTED_AT names: a line for each function on
-// the way, innermost first, with the file that it is of and its place there.
-void TellWhere() {
-  std::array<void*, 64> frames = {};
-  const int count = ::backtrace(frames.data(), static_cast<int>(frames.size()));
-  const char* const path = std::getenv("ABORTED_AT");
-  const int file = path == nullptr ? -1 : ::open(path, O_WRONLY | O_CREAT | O_TRUNC, 0600);
-  for (int i = 0; i < count && file >= 0; ++i) {
-    const char* const at = static_cast<const char*>(frames[static_cast<std::size_t>(i)]);
-    Dl_info found = {};
-    if (::dladdr(at, &found) != 0) {
-      ::dprintf(file, "%s %tx\n", found.dli_fname, at - static_cast<const char*>(found.dli_fbase));
+// What lies at a place: the file that it is of, and where in that file.
+struct Place {
+  const char* file;
+  std::ptrdiff_t offset;
+};
+
+Place PlaceOf(const void* at) {
+  Dl_info found = {};
+  if (::dladdr(at, &found) == 0) {
+    return {"?", 0};
+  }
+  return {found.dli_fname,
+          static_cast<const char*>(at) - static_cast<const char*>(found.dli_fbase)};
+}
+
+void Write(int file, const char* what, const hardening::Trace& trace) {
+  for (const void* const at : trace) {
+    if (at != nullptr) {
+      const Place place = PlaceOf(at);
+      ::dprintf(file, "%s %s %tx\n", what, place.file, place.offset);
     }
+  }
+}
+
+// Where the process is about to end, in the file that ENDED_AT names: a line for each function on
+// the way there, and on the way to the last allocation that was refused; innermost first, with the
+// file that it is of and its place there.
+void TellWhere() {
+  static hardening::Trace refused = {};
+  static hardening::Trace here = {};
+  refused = hardening::LastRefusal();  // dprintf() asks for memory, too
+  ::backtrace(here.data(), static_cast<int>(here.size()));
+  const char* const path = std::getenv("ENDED_AT");
+  const int file = path == nullptr ? -1 : ::open(path, O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  if (file >= 0) {
+    Write(file, "refused", refused);
+    Write(file, "ended", here);
   }
 }
 
@@ -71,6 +95,26 @@ void TellWhere() {
 void TellOfCrash(int signal) {
   TellWhere();
   std::signal(signal, SIG_DFL);
+}
+
+Json PathOf(const hardening::Trace& trace) {
+  Json path = Json::array();
+  for (const void* const at : trace) {
+    if (at != nullptr) {
+      const Place place = PlaceOf(at);
+      path.push_back({place.file, place.offset});
+    }
+  }
+  return path;
+}
+
+// The ways to the blocks that are kept.
+Json PathsOfKept() {
+  Json paths = Json::array();
+  for (const hardening::Trace& trace : hardening::TracesOfKept()) {
+    paths.push_back(PathOf(trace));
+  }
+  return paths;
 }
 
 // A descriptor of the process, led to a file in memory until the end of the scope.
@@ -154,7 +198,7 @@ Outcome Run(const std::vector<std::string>& arguments, const Json& request) {
   hardening::SetFault(fault);
   const long before = hardening::LiveBlocks();
   try {
-    const hardening::Shortage shortage(refused, fromThereOn);
+    const hardening::Shortage shortage(refused, fromThereOn, request.value("trace", false));
     outcome.status = wavechain::CommandLine(static_cast<int>(argv.size()), argv.data());
     outcome.asked = hardening::Shortage::Asked();
   } catch (...) {
@@ -171,8 +215,13 @@ Json AnswerCommand(const Json& request) {
   ::alarm(Patience_s);
   const Outcome outcome = Run(request.at("arguments"), request);
   ::alarm(0);
-  return {{"status", outcome.status}, {"threw", outcome.threw}, {"asked", outcome.asked},
-          {"live", outcome.live},     {"out", out.Text()},      {"err", err.Text()}};
+  return {{"status", outcome.status},
+          {"threw", outcome.threw},
+          {"asked", outcome.asked},
+          {"live", outcome.live},
+          {"out", out.Text()},
+          {"err", err.Text()},
+          {"kept", request.value("trace", false) ? PathsOfKept() : Json()}};
 }
 
 }  // namespace

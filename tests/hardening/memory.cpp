@@ -1,9 +1,13 @@
 #include "hardening/memory.h"
 
+#include <execinfo.h>
+
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstddef>
 #include <new>
+#include <span>
 
 #define EXPORTED __attribute__((visibility("default")))
 
@@ -23,6 +27,51 @@ long asked = 0;
 long firstRefused = 0;
 bool alsoLater = false;
 bool active = false;
+hardening::Trace lastRefusal = {};
+
+void TraceInto(hardening::Trace& trace) {
+  const int depth = ::backtrace(trace.data(), static_cast<int>(trace.size()) - 1);
+  std::fill(trace.begin() + depth, trace.end(), nullptr);
+}
+
+// The blocks that are traced, in no order; it takes no memory of its own.
+class TracedBlocks {
+ public:
+  void Start() {
+    count = 0;
+    tracing = true;
+  }
+  void Stop() { tracing = false; }
+
+  void Add(void* block) {
+    if (tracing && block != nullptr && count < blocks.size()) {
+      blocks[count] = block;
+      TraceInto(traces[count]);
+      ++count;
+    }
+  }
+
+  void Remove(const void* block) {
+    for (std::size_t i = count; tracing && i > 0; --i) {
+      if (blocks[i - 1] == block) {
+        --count;
+        blocks[i - 1] = blocks[count];
+        traces[i - 1] = traces[count];
+        return;
+      }
+    }
+  }
+
+  std::span<const hardening::Trace> Traces() const { return {traces.data(), count}; }
+
+ private:
+  std::array<void*, 16384> blocks = {};
+  std::array<hardening::Trace, 16384> traces = {};
+  std::size_t count = 0;
+  bool tracing = false;
+};
+
+constinit TracedBlocks traced;
 
 bool Refuse() {
   if (!active) {
@@ -32,6 +81,7 @@ bool Refuse() {
   const bool refused =
       asked == firstRefused || (alsoLater && firstRefused > 0 && asked > firstRefused);
   if (refused) {
+    TraceInto(lastRefusal);
     errno = ENOMEM;
   }
   return refused;
@@ -39,6 +89,7 @@ bool Refuse() {
 
 void* Counted(void* block) {
   live += block != nullptr ? 1 : 0;
+  traced.Add(block);
   return block;
 }
 
@@ -74,11 +125,16 @@ EXPORTED void* realloc(void* block, std::size_t size) {
   void* const moved = __libc_realloc(block, size);
   live += block == nullptr && moved != nullptr ? 1 : 0;
   live -= block != nullptr && moved == nullptr && size == 0 ? 1 : 0;
+  if (moved != nullptr || size == 0) {
+    traced.Remove(block);
+    traced.Add(moved);
+  }
   return moved;
 }
 
 EXPORTED void free(void* block) {
   live -= block != nullptr ? 1 : 0;
+  traced.Remove(block);
   __libc_free(block);
 }
 
@@ -100,13 +156,24 @@ namespace hardening {
 
 long LiveBlocks() { return live; }
 
-Shortage::Shortage(long first, bool fromThereOn) {
+const Trace& LastRefusal() { return lastRefusal; }
+
+std::span<const Trace> TracesOfKept() { return traced.Traces(); }
+
+Shortage::Shortage(long first, bool fromThereOn, bool trace) {
+  lastRefusal = {};
+  if (trace) {
+    traced.Start();
+  }
   asked = 0;
   firstRefused = first;
   alsoLater = fromThereOn;
   active = true;
 }
-Shortage::~Shortage() { active = false; }
+Shortage::~Shortage() {
+  active = false;
+  traced.Stop();
+}
 long Shortage::Asked() { return asked; }
 
 }  // namespace hardening

@@ -8,7 +8,14 @@ namespace hardening {
 
 long LiveBlocks() { return 0; }
 
-Shortage::Shortage(long first, bool /*fromThereOn*/) {
+const Trace& LastRefusal() {
+  static constexpr Trace None = {};
+  return None;
+}
+
+std::span<const Trace> TracesOfKept() { return {}; }
+
+Shortage::Shortage(long first, bool /*fromThereOn*/, bool /*trace*/) {
   if (first > 0) {
     throw std::logic_error("nothing can be refused in a build with a sanitizer of memory");
   }
