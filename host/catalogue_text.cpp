@@ -35,7 +35,7 @@ std::string LimitsText(const Parameter& parameter) {
 Json Limit(double value) { return std::isfinite(value) ? Json(value) : Json(nullptr); }
 
 Json ParameterJson(const Parameter& parameter) {
-  Json json;
+  Json json = Json::object();
   json["name"] = parameter.name;
   json["unit"] = parameter.unit;
   json["default"] = parameter.preset ? Json(*parameter.preset) : Json(nullptr);
@@ -136,7 +136,7 @@ std::string HelpText() {
 }
 
 Json InfoJson(const FilterKind& kind, bool available) {
-  Json json;
+  Json json = Json::object();
   json["name"] = kind.name;
   json["entry_point"] = kind.entryPoint;
   json["purpose"] = kind.purpose;

@@ -81,7 +81,7 @@ void AddText(const CheckedSignal& signal, const std::string& name, const std::st
 }
 
 Json InfoJson(const SignalInfo& info) {
-  Json json;
+  Json json = Json::object();
   json["samples"] = info.length;
   json["seconds"] = 0.001 * info.interval_ms * static_cast<double>(info.length);
   json["interval_ms"] = info.interval_ms;
@@ -92,7 +92,7 @@ Json InfoJson(const SignalInfo& info) {
 }
 
 Json RecordingJson(const CheckedSignal& signal) {
-  Json json;
+  Json json = Json::object();
   const AudioInput* file = signal.recording;
   json["recording"] = file == nullptr ? Json(nullptr) : Json(file->Name());
   json["format"] = file == nullptr ? Json(nullptr) : Json(file->FormatText());
@@ -110,7 +110,7 @@ std::string Behind(std::string_view start, const std::string& line) {
 Json SignalJson(const CheckedSignal& signal);
 
 Json StepJson(const ChainStep& step) {
-  Json json;
+  Json json = Json::object();
   json["filter"] = step.number;
   json["stage"] = step.stage == 0 ? Json(nullptr) : Json(step.stage);
   json["kind"] = step.call.kind->name;
@@ -137,7 +137,7 @@ Json StepJson(const ChainStep& step) {
 }
 
 Json SignalJson(const CheckedSignal& signal) {
-  Json json;
+  Json json = Json::object();
   json["input"] = RecordingJson(signal);
   json["filters"] = Json::array();
   for (const ChainStep& step : signal.steps) {

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <limits>
+#include <new>
 
 #include "host/npy_writer.h"
 
@@ -55,7 +56,9 @@ void NpzWriter::Write(std::span<const ColumnBlock> blocks, int rows) {
 void NpzWriter::Close() {
   const std::unique_ptr<archive, decltype(&::archive_write_free)> zip(::archive_write_new(),
                                                                       &::archive_write_free);
-  ::archive_write_set_format_zip(zip.get());
+  if (!zip || ::archive_write_set_format_zip(zip.get()) != ARCHIVE_OK) {
+    throw std::bad_alloc();
+  }
   ::archive_write_zip_set_compression_store(zip.get());
   if (::archive_write_open_fd(zip.get(), Descriptor()) != ARCHIVE_OK) {
     Refuse(::archive_errno(zip.get()));
@@ -101,6 +104,9 @@ void NpzWriter::StoreText(archive* zip, const std::string& member, const std::st
 void NpzWriter::Begin(archive* zip, const std::string& member, std::int64_t size) const {
   const std::unique_ptr<archive_entry, decltype(&::archive_entry_free)> entry(
       ::archive_entry_new(), &::archive_entry_free);
+  if (!entry) {
+    throw std::bad_alloc();
+  }
   ::archive_entry_set_pathname(entry.get(), member.c_str());
   ::archive_entry_set_size(entry.get(), size);
   ::archive_entry_set_filetype(entry.get(), AE_IFREG);

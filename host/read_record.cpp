@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <new>
 
 #include "host/failure.h"
 #include "host/file.h"
@@ -55,13 +56,17 @@ std::string NpzComment(const std::string& path) {
   const std::unique_ptr<archive, decltype(&::archive_read_free)> zip(::archive_read_new(),
                                                                      &::archive_read_free);
   constexpr std::size_t BlockBytes = 1 << 16;
-  ::archive_read_support_format_zip_seekable(zip.get());
+  if (!zip || ::archive_read_support_format_zip_seekable(zip.get()) != ARCHIVE_OK) {
+    throw std::bad_alloc();
+  }
   if (::archive_read_open_filename(zip.get(), path.c_str(), BlockBytes) != ARCHIVE_OK) {
     return "";
   }
   archive_entry* entry = nullptr;
   while (::archive_read_next_header(zip.get(), &entry) == ARCHIVE_OK) {
-    if (std::string_view(::archive_entry_pathname(entry)) == "record.json") {
+    const char* const member =
+        ::archive_entry_pathname(entry);  // none where it cannot be converted
+    if (member != nullptr && std::string_view(member) == "record.json") {
       std::string text(WholeLimit, '\0');
       const la_ssize_t came = ::archive_read_data(zip.get(), text.data(), text.size());
       text.resize(static_cast<std::size_t>(std::max<la_ssize_t>(came, 0)));
