@@ -89,6 +89,7 @@ void TellWhere() {
 
 [[noreturn]] void Aborted() {
   TellWhere();
+  std::signal(SIGABRT, SIG_DFL);
   std::abort();
 }
 
@@ -232,6 +233,7 @@ int main() {
   ::backtrace(warm.data(), 1);  // its first call takes memory
   std::set_terminate(Aborted);
   std::signal(SIGSEGV, TellOfCrash);
+  std::signal(SIGABRT, TellOfCrash);
   for (std::string line; std::getline(std::cin, line);) {
     const Json request = Json::parse(line);
     const Json answer = request.contains("arguments") ? AnswerCommand(request)
