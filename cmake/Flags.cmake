@@ -22,8 +22,10 @@ target_compile_options(wavefilters_flags INTERFACE
 # fixed address. None of it stands in a kernel's inner loop or touches a sum: the loader pays once,
 # the stack guard above a few instructions for each call of a function with an array.
 target_link_options(wavefilters_flags INTERFACE -Wl,-z,relro,-z,now -Wl,-z,noexecstack)
-include(CheckPIESupported)
-check_pie_supported(LANGUAGES CXX)
+if(NOT WAVEFILTERS_SANITIZE)
+  include(CheckPIESupported)
+  check_pie_supported(LANGUAGES CXX)
+endif()
 
 if(WAVEFILTERS_SANITIZE)
   set(sanitizers -fsanitize=${WAVEFILTERS_SANITIZE})
@@ -38,6 +40,9 @@ if(WAVEFILTERS_SANITIZE)
   # For the whole folder: these come before a target's own options, which may take one back.
   add_compile_options(${sanitizers} -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
   add_link_options(${sanitizers})
+  # The checks have a million pointers to places in the sources, which the loader would go through at each
+  # start of a program that lies anywhere: a third of a short run.
+  add_link_options($<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-no-pie>)
 else()
   set(optimised $<NOT:$<CONFIG:Debug>>)
   target_compile_options(wavefilters_flags INTERFACE
