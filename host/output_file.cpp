@@ -134,7 +134,7 @@ class FileBeside final : public OutputFile {
 // reads the pipe shall not take half a result for a whole one.
 class StandardOutput final : public OutputFile {
  public:
-  StandardOutput() : OutputFile("standard output"), file(TemporaryFile()) {
+  StandardOutput() : OutputFile(TargetName("-")), file(TemporaryFile()) {
     if (!file.IsOpen()) {
       const int error = errno;
       Fail(ExitStatus::Output, "{}: no temporary file in {}: {}; set TMPDIR", Name(),
@@ -173,6 +173,8 @@ void OutputFile::Remove(const std::string& path) {
     CannotWrite(path, errno);
   }
 }
+
+std::string TargetName(const std::string& path) { return path == "-" ? "standard output" : path; }
 
 void CheckTarget(const std::string& path, bool replace, const std::optional<FileIdentity>& input) {
   if (path == "-") {

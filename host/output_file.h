@@ -31,6 +31,9 @@ class OutputFile {
   std::string name;
 };
 
+/// The target as messages name it ("-" is standard output).
+std::string TargetName(const std::string& path);
+
 /// What must hold before any work is done: the target ("-" is standard output) is not the
 /// input, does not exist unless it is to be replaced, and is a regular file if it does. Fails
 /// (output) where it does not hold.

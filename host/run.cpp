@@ -100,6 +100,10 @@ RunResult RunChain(const RunRequest& request, const std::vector<FilterCall>& cal
   Chain chain(library, wavefilters::Ref<HostSource>::Share(input.Source()), calls,
               SettingsOf(request), log);
   RequireNotRead(request.output, chain.Files());
+  if (format.IsSound()) {
+    // Now: a record takes a hash of the input, which takes its time where there is no room for it.
+    RequireRoom(TargetName(request.output), format, chain.Output().length);
+  }
   std::optional<Provenance> provenance;
   if (!request.noRecord) {
     provenance = RecordOf(request, format, library, input.File());
@@ -109,9 +113,6 @@ RunResult RunChain(const RunRequest& request, const std::vector<FilterCall>& cal
     }
   }
   const auto output = OpenOutput(request.output, request.force);
-  if (format.IsSound()) {
-    RequireRoom(output->Name(), format, chain.Output().length);
-  }
   const std::string words = Comment(calls, chain.Output());
   RecordKeeper record =
       provenance ? RecordKeeper(request, format, *provenance, words) : RecordKeeper(words);
