@@ -7,9 +7,10 @@
 #include <cerrno>
 #include <cmath>
 #include <new>
-#include <nlohmann/json.hpp>
+#include <utility>
 
 #include "host/interrupt.h"
+#include "host/parse_json.h"
 #include "host/print.h"
 #include "host/provenance.h"
 #include "host/text.h"
@@ -126,10 +127,8 @@ BatchReport::BatchReport(const BatchRequest& batchRequest, const std::vector<Bat
 
 void BatchReport::Take(const Workers::Answer& answer) {
   const BatchFile& file = files[answer.number];
-  Object json = Object::parse(answer.text, nullptr, false);
-  if (!json.is_object()) {
-    json = FailureJson(file, ExitStatus::Input, answer.end);
-  }
+  std::optional<Object> answered = ParseObject<Object>(answer.text);
+  Object json = answered ? std::move(*answered) : FailureJson(file, ExitStatus::Input, answer.end);
   const auto status = static_cast<ExitStatus>(json["exit_status"].get<int>());
   if (status == ExitStatus::Interrupted && Interrupted()) {
     return;

@@ -5,7 +5,6 @@
 
 #include <array>
 #include <cerrno>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <set>
 #include <string_view>
@@ -13,6 +12,7 @@
 #include "host/failure.h"
 #include "host/file.h"
 #include "host/interrupt.h"
+#include "host/parse_json.h"
 #include "host/text.h"
 
 namespace wavechain {
@@ -155,14 +155,15 @@ std::vector<ManifestEntry> ReadJsonLines(std::string_view text, const std::strin
       continue;
     }
     ManifestEntry entry = {fmt::format("{}:{}", name, line), {}};
-    const auto json = nlohmann::json::parse(one.begin(), one.end(), nullptr, false);
-    if (!json.is_object()) {
+    const auto json = ParseObject<nlohmann::json>(one);
+    if (!json) {
       Fail(ExitStatus::Usage, R"({}: is no JSON object; write a line such as {{"input": "a.wav"}})",
            entry.place);
     }
-    for (const auto& [key, value] : json.items()) {
+    for (const auto& [key, value] : json->items()) {
       if (!value.is_string() && !value.is_number_integer() && !value.is_null()) {
-        Fail(ExitStatus::Usage, "{}: {} takes a text, not {}", entry.place, key, value.dump());
+        Fail(ExitStatus::Usage, "{}: {} takes a text, not a value of type {}", entry.place, key,
+             value.type_name());
       }
       entry.values[key] = value.is_string() ? value.get<std::string>()
                           : value.is_null() ? std::string()
@@ -171,6 +172,15 @@ std::vector<ManifestEntry> ReadJsonLines(std::string_view text, const std::strin
     entries.push_back(std::move(entry));
   }
   return entries;
+}
+
+// A zero byte would end a file's name for the system, but not in our messages.
+void RequireText(const ManifestEntry& entry) {
+  for (const auto& [key, value] : entry.values) {
+    if (value.find('\0') != std::string::npos) {
+      Fail(ExitStatus::Usage, "{}: {} holds a zero byte", entry.place, key);
+    }
+  }
 }
 
 }  // namespace
@@ -185,7 +195,11 @@ std::vector<ManifestEntry> ReadManifest(const std::string& path) {
   }
   const std::size_t first = rest.find_first_not_of(" \t\r\n");
   const bool isJson = first != std::string_view::npos && rest[first] == '{';
-  return isJson ? ReadJsonLines(rest, name) : ReadCsv(rest, name);
+  std::vector<ManifestEntry> entries = isJson ? ReadJsonLines(rest, name) : ReadCsv(rest, name);
+  for (const ManifestEntry& entry : entries) {
+    RequireText(entry);
+  }
+  return entries;
 }
 
 }  // namespace wavechain

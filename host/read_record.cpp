@@ -12,6 +12,7 @@
 
 #include "host/failure.h"
 #include "host/file.h"
+#include "host/parse_json.h"
 #include "host/picture_comment.h"
 #include "host/provenance.h"
 #include "host/sound_file.h"
@@ -89,9 +90,11 @@ std::string WholeFile(const std::string& path) {
 
 // The record that the text ends with, if it is one.
 std::optional<Object> Found(const std::string& text) {
-  Object json = Object::parse(text.begin(), text.end(), nullptr, false);
-  const bool isRecord = json.is_object() && json.contains("wavechain");
-  return isRecord ? std::optional(std::move(json)) : std::nullopt;
+  std::optional<Object> json = ParseObject<Object>(text);
+  if (json && !json->contains("wavechain")) {
+    json.reset();
+  }
+  return json;
 }
 
 std::optional<Object> InComment(const std::string& comment) {

@@ -87,7 +87,10 @@ class Manifests(Listed):
             "input\n": "there is no file to run over; name some, or a list by --manifest",
             '{"input": "a.wav"}\n{"input": \n': 'list.csv:2: is no JSON object; write a line such as '
                                                 '{"input": "a.wav"}',
-            '{"input": ["a.wav"]}': 'list.csv:1: input takes a text, not ["a.wav"]',
+            '{"input": ["a.wav"]}': "list.csv:1: input takes a text, not a value of type array",
+            '{"input": 1.5}': "list.csv:1: input takes a text, not a value of type number",
+            '{"input":' + "[" * 100_000 + "]" * 100_000 + "}": "list.csv:1: is no JSON object; write a line such as "
+                                                               '{"input": "a.wav"}',
             '{"input": "a.wav"}\n\n{"inputs": "a.wav"}': "list.csv:3: there is no column 'inputs'; did you mean "
                                                          "input?",
         }
