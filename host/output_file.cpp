@@ -56,19 +56,35 @@ class FileBeside final : public OutputFile {
 
   int Descriptor() const override { return file.Descriptor(); }
 
-  void Commit() override {
+  void Settle() override {
+    if (!file.IsOpen()) {
+      return;
+    }
     // On the disk before it has its name: a crash must not leave an empty file under it.
     if (::fsync(file.Descriptor()) != 0 && errno != EINVAL && errno != EROFS) {
       CannotWrite(Name(), errno);
     }
-    // Keeps the lock, which must outlast the temporary name.
-    const File lock(::fcntl(file.Descriptor(), F_DUPFD_CLOEXEC, 0));
+    identity = IdentityOf(file.Descriptor());
+    lock = File(::fcntl(file.Descriptor(), F_DUPFD_CLOEXEC, 0));
     if (const int error = file.Close()) {
       CannotWrite(Name(), error);
     }
     StopIfInterrupted();
+    if (!replace && IsThere(target)) {
+      ExistsByNow();
+    }
+  }
+
+  void Commit() override {
+    Settle();
     Rename();
     temporary.clear();
+  }
+
+  void Withdraw() override {
+    if (identity && IdentityOf(target) == identity) {
+      ::unlink(target.c_str());
+    }
   }
 
  private:
@@ -105,6 +121,10 @@ class FileBeside final : public OutputFile {
     }
   }
 
+  [[noreturn]] void ExistsByNow() const {
+    Fail(ExitStatus::Output, "{}: exists by now; --force replaces it", Name());
+  }
+
   void Rename() const {
     if (replace) {
       if (::rename(temporary.c_str(), target.c_str()) != 0) {
@@ -117,7 +137,7 @@ class FileBeside final : public OutputFile {
       return;
     }
     if (errno == EEXIST || IsThere(target)) {
-      Fail(ExitStatus::Output, "{}: exists by now; --force replaces it", Name());
+      ExistsByNow();
     }
     if (::rename(temporary.c_str(), target.c_str()) != 0) {
       CannotWrite(Name(), errno);
@@ -128,6 +148,8 @@ class FileBeside final : public OutputFile {
   std::string temporary;
   bool replace;
   File file;
+  File lock;  // the same file: the lock must outlast the temporary name
+  std::optional<FileIdentity> identity;
 };
 
 // Standard output gets nothing before everything is there: formats need to seek, and what

@@ -17,8 +17,13 @@ class OutputFile {
   virtual ~OutputFile() = default;
   /// The file to write; it can be read and sought in.
   virtual int Descriptor() const = 0;
+  /// Brings everything but its name to an end: what can still fail in Commit is to name it. Writes
+  /// nothing more. Fails (output) as Commit does; Commit begins with it.
+  virtual void Settle() {}
   /// Makes the result appear. Fails (output) where that is not wholly possible.
   virtual void Commit() = 0;
+  /// Removes the file that Commit made appear, unless another has taken its place since.
+  virtual void Withdraw() {}
   /// Removes a file where there is one; a link stays and what it leads to goes.
   static void Remove(const std::string& path);
   /// The target, for messages.

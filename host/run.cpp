@@ -129,8 +129,7 @@ RunResult RunChain(const RunRequest& request, const std::vector<FilterCall>& cal
   chain.WarnOfInputs();
   WarnOfOutput(output->Name(), totals, *writer, log);
   ReportMissing(chain, "", totals.samples, log);
-  record.Commit(output->Name(), format, log);
-  output->Commit();
+  record.CommitWith(*output, format, log);
 
   Mention(log, [&] {
     return fmt::format("write  {}: {}, {} Hz, {}", output->Name(), format.Text(),

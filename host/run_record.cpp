@@ -134,20 +134,38 @@ RecordKeeper::RecordKeeper(const RunRequest& request, const OutputFormat& format
   }
 }
 
-void RecordKeeper::Commit(const std::string& name, const OutputFormat& format, Log& log) {
-  if (lost) {
-    log.Report(fmt::format("record {}: {} has no room to tell how it was made", name,
-                           format.container->name));
-  }
+// A record must never stand beside an output of another run, whenever the program is killed.
+void RecordKeeper::MakeWay(const std::string& name) const {
   const bool outdated = makesWay && IsRecord(RecordPath(name));
   if (replaces && (outdated || (makesWay && beside))) {
-    // A record must never stand beside an output of another run, whenever the program is killed.
     OutputFile::Remove(name);
   }
-  if (beside) {
-    beside->Commit();
-  } else if (outdated) {
+  if (outdated && !beside) {
     OutputFile::Remove(RecordPath(name));
+  }
+}
+
+void RecordKeeper::CommitWith(OutputFile& output, const OutputFormat& format, Log& log) {
+  if (lost) {
+    log.Report(fmt::format("record {}: {} has no room to tell how it was made", output.Name(),
+                           format.container->name));
+  }
+  output.Settle();
+  if (beside) {
+    beside->Settle();
+  }
+  MakeWay(output.Name());
+  if (!beside) {
+    output.Commit();
+    return;
+  }
+  beside->Commit();
+  try {
+    output.Commit();
+  } catch (...) {
+    // Whatever stands there has another history.
+    beside->Withdraw();
+    throw;
   }
 }
 

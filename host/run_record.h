@@ -30,7 +30,7 @@ void RecordTrack(const std::string& name, const std::vector<FilterCall>& calls, 
                  Provenance& record);
 
 /// Where a run's record goes: into the output's comment where the format has one that is long
-/// enough, otherwise into a file beside the output. It appears when the output does.
+/// enough, otherwise into a file beside the output.
 class RecordKeeper {
  public:
   /// `words` lead the comment. Fails (output) where a file beside the output is needed and would
@@ -42,11 +42,13 @@ class RecordKeeper {
 
   /// What goes into the output's comment.
   const std::string& Comment() const { return comment; }
-  /// Completes the file beside the output; reports where there is no place at all, since the
-  /// output is standard output. Fails (output) where that is not possible.
-  void Commit(const std::string& name, const OutputFormat& format, Log& log);
+  /// Makes output and file beside it appear, both or neither; reports where there is no place for a
+  /// record at all, since the output is standard output. Fails (output) where that is not possible.
+  void CommitWith(OutputFile& output, const OutputFormat& format, Log& log);
 
  private:
+  void MakeWay(const std::string& name) const;
+
   std::string comment;
   bool lost = false;
   bool makesWay = false;  // what an earlier run left gives way, as far as it may be replaced

@@ -257,8 +257,7 @@ RunResult RunTracks(const RunRequest& request, const std::vector<std::vector<Fil
   log.ClearProgress();
   WarnOfOddSamples(input.Name(), input.NonFinite(), log);
   ReportLanes(lanes, total, log);
-  record.Commit(output->Name(), format, log);
-  output->Commit();
+  record.CommitWith(*output, format, log);
 
   Mention(log, [&] {
     return fmt::format("write  {}: {}, {}, {} Hz, {}", output->Name(), format.Text(),

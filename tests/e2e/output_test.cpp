@@ -175,6 +175,15 @@ TEST_F(WavechainOutput, AFileThatAppearsMeanwhileIsNotWrittenOver) {
   EXPECT_EQ(ReadFile(Path("out.wav")), "");
 }
 
+TEST_F(WavechainOutput, AFileThatAppearsMeanwhileGetsNoRecordBesideIt) {
+  Surroundings around = {.variables = Fault("appear", 0)};
+  around.variables["FAULT_PATH"] = Path("out.csv");
+  const Outcome run = Run(Path("out.csv"), {}, around);
+  EXPECT_EQ(run.status, 3);
+  EXPECT_THAT(run.err, HasSubstr("out.csv: exists by now"));
+  EXPECT_THAT(e2e::FilesIn(Path("")), ElementsAre("in.wav", "out.csv"));
+}
+
 TEST_F(WavechainOutput, AnInterruptionLeavesNothingBehind) {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     for (const long after : {0L, 50000L}) {

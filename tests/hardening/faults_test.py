@@ -160,6 +160,24 @@ class Writing(Faults):
                         fault = {"call": call, "path": path, "error": error}
                         self.expect_failure(3, [name.partition(".")[0], os.strerror(error)], *command, fault=fault)
 
+    def test_a_record_beside_an_output_comes_with_it_or_not_at_all(self):
+        out, record = self.out / "out.csv", self.out / "out.csv.json"
+        # The output is the first that is made and the last that gets its name.
+        faults = (("fsync", "-0.part", 0), ("close", "-0.part", 0), ("fsync", "-1.part", 0), ("close", "-1.part", 0), ("rename", "/out/", 0), ("rename", "/out/", 1))
+        for chain in (("-f", "BeamData mode=speed"), ("--track", "speed=BeamData mode=speed")):
+            command = ("run", self.recording, out, "-q", *chain)
+            for call, path, after in faults:
+                with self.subTest(chain=chain[0], call=call, path=path, after=after):
+                    fault = {"call": call, "path": path, "error": errno.EIO, "after": after}
+                    self.expect_failure(3, ["out.csv", os.strerror(errno.EIO)], *command, fault=fault)
+                    out.write_bytes(b"old")
+                    record.write_bytes(b"its record")
+                    done = self.process.run(*command, "--force", fault=fault)
+                    self.assertEqual(done.status, 3, done)
+                    # The new record has taken the old one's place by then, and tells nothing of the old output.
+                    wanted = {"out.csv": b"old"} if after else {"out.csv": b"old", "out.csv.json": b"its record"}
+                    self.assertEqual(self.written(), wanted)
+
     def test_short_and_interrupted_writes_change_nothing(self):
         for name, command in self.outputs():
             self.run_command(*command)

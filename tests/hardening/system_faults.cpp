@@ -22,6 +22,7 @@ namespace {
 hardening::Fault fault;
 long gone = 0;
 long calls = 0;
+long renames = 0;
 bool done = false;
 
 bool Wanted(std::string_view call) { return fault.call == call; }
@@ -71,6 +72,10 @@ ssize_t Allowed(std::string_view call, std::size_t count) {
   return room <= 0 && count > 0 ? Failed() : std::min<ssize_t>(static_cast<ssize_t>(count), room);
 }
 
+bool FailsRename(const char* to) {
+  return Wanted("rename") && Concerns(to) && renames++ >= fault.after;
+}
+
 void Append(const char* path) {
   const int file = ::open(path, O_WRONLY | O_APPEND);
   const auto size = static_cast<ssize_t>(fault.text.size());
@@ -100,6 +105,7 @@ void SetFault(const Fault& wanted) {
   fault = wanted;
   gone = 0;
   calls = 0;
+  renames = 0;
   done = false;
 }
 
@@ -152,13 +158,13 @@ EXPORTED int close(int descriptor) {
 
 EXPORTED int rename(const char* from, const char* to) {
   static auto* const real = Real<int(const char*, const char*)>("rename");
-  return Wanted("rename") && Concerns(to) ? Failed() : real(from, to);
+  return FailsRename(to) ? Failed() : real(from, to);
 }
 
 EXPORTED int renameat2(int fromFolder, const char* from, int toFolder, const char* to,
                        unsigned flags) {
   static auto* const real = Real<int(int, const char*, int, const char*, unsigned)>("renameat2");
-  return Wanted("rename") && Concerns(to) ? Failed() : real(fromFolder, from, toFolder, to, flags);
+  return FailsRename(to) ? Failed() : real(fromFolder, from, toFolder, to, flags);
 }
 
 EXPORTED int open(const char* path, int flags, ...) {

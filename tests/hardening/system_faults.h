@@ -10,7 +10,7 @@ namespace hardening {
 //   read, write  fail with `error` once `after` bytes of the file have gone through
 //   short        reads and writes move at most `after` bytes
 //   interrupted  every second read and write fails with EINTR
-//   fsync, close, rename  fail with `error`
+//   fsync, close, rename  fail with `error`; rename, once it went well `after` times
 //   grow         a read that meets the end of the file appends `text` to it, once
 //   vanish       the file loses its name when `after` bytes have been read
 //   cut          it loses its contents at that point
