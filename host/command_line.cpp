@@ -78,8 +78,8 @@ void AddRun(CLI::App& app, RunRequest& request) {
 // In one piece, without asking for memory.
 void ReportOutOfMemory() {
   constexpr std::string_view Line =
-      "wavechain: out of memory; nothing was written. End other programs, or give it a shorter "
-      "recording or a simpler chain\n";
+      "wavechain: out of memory; no output was left unfinished. End other programs, or give it a "
+      "shorter recording or a simpler chain\n";
   WriteAll(STDERR_FILENO, Line.data(), Line.size());
 }
 

@@ -34,7 +34,7 @@ bool Interrupted() { return noted != 0; }
 
 void StopIfInterrupted() {
   if (Interrupted()) {
-    Fail(ExitStatus::Interrupted, "interrupted; nothing was written");
+    Fail(ExitStatus::Interrupted, "interrupted; no output was left unfinished");
   }
 }
 

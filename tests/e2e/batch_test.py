@@ -266,7 +266,7 @@ class Ends(Batch):
             time.sleep(0.05)
         lines, said = self.end(process)
         self.assertEqual((process.returncode, lines), (130, {"slow.wav": "failed"}))
-        self.assertIn("wavechain: slow.wav: interrupted; nothing was written\n", said)
+        self.assertIn("wavechain: slow.wav: interrupted; no output was left unfinished\n", said)
 
     def test_with_the_one_that_began_it(self):
         process, child = self.begin_waiting()

@@ -155,7 +155,7 @@ class Messages(Folder):
             running.stdin.write((self.folder / "take3.wav").read_bytes())
             running.stdin.flush()
             running.send_signal(signal.SIGINT)
-            self.assertEqual(running.stderr.read().decode(), "wavechain: interrupted; nothing was written\n")
+            self.assertEqual(running.stderr.read().decode(), "wavechain: interrupted; no output was left unfinished\n")
         self.assertEqual(running.returncode, 130)
         self.assertFalse((self.folder / "o.wav").exists())
 

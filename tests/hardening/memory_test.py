@@ -34,7 +34,7 @@ PLUMBING = re.compile(
     r"|std::|__gnu_cxx::|libc\.so|libstdc\+\+\.so)"
 )
 
-OUT_OF_MEMORY = "wavechain: out of memory; nothing was written. End other programs, or give it a shorter recording or a simpler chain\n"
+OUT_OF_MEMORY = "wavechain: out of memory; no output was left unfinished. End other programs, or give it a shorter recording or a simpler chain\n"
 
 
 def bare(signature):
