@@ -171,7 +171,8 @@ EXPORTED int open(const char* path, int flags, ...) {
   static auto* const real = Real<int(const char*, int, ...)>("open");
   va_list arguments;
   va_start(arguments, flags);
-  const bool makes = (flags & (O_CREAT | O_TMPFILE)) != 0;
+  // O_TMPFILE holds O_DIRECTORY, which takes no mode.
+  const bool makes = (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
   const unsigned mode = makes ? va_arg(arguments, unsigned) : 0;
   va_end(arguments);
   return Wanted("open") && Concerns(path) ? Failed() : real(path, flags, mode);

@@ -111,7 +111,9 @@ int open(const char* path, int flags, ...) {
   *(void**)&real = dlsym(RTLD_NEXT, "open");
   va_list arguments;
   va_start(arguments, flags);
-  const int mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, int) : 0;
+  /* O_TMPFILE holds O_DIRECTORY, which takes no mode. */
+  const int makes = (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
+  const int mode = makes ? va_arg(arguments, int) : 0;
   va_end(arguments);
   /* What a build that counts its lines writes about itself is no result either. */
   const int counts = strstr(path, ".gcda") != NULL;
