@@ -159,6 +159,27 @@ void RequireUnread(const std::vector<BatchFile>& files, const BatchRequest& requ
   }
 }
 
+// Where a file is, or would be.
+std::filesystem::path PlaceOnDisk(const std::filesystem::path& path) {
+  std::error_code error;
+  const std::filesystem::path folder = std::filesystem::absolute(path, error).parent_path();
+  const std::filesystem::path real = std::filesystem::weakly_canonical(folder, error);
+  return (error ? folder : real) / path.filename();
+}
+
+// A log that is not there yet is no file that is read, but must not come where an output will.
+void RequireLogApart(const std::vector<BatchFile>& files, const std::string& log) {
+  const std::filesystem::path place = PlaceOnDisk(log);
+  for (const BatchFile& file : files) {
+    for (const std::filesystem::path written : {file.output, RecordPath(file.output)}) {
+      if (written.filename() == place.filename() && PlaceOnDisk(written) == place) {
+        Fail(ExitStatus::Usage, "--log {}: is where {} or its record goes; name another log", log,
+             file.output);
+      }
+    }
+  }
+}
+
 }  // namespace
 
 RunRequest BatchFile::Run(const BatchRequest& request) const {
@@ -190,6 +211,9 @@ std::vector<BatchFile> ListFiles(const BatchRequest& request, const ChainSet& ch
   }
   RequireApart(files);
   RequireUnread(files, request);
+  if (request.log) {
+    RequireLogApart(files, *request.log);
+  }
   return files;
 }
 

@@ -322,6 +322,12 @@ class Usage(Batch):
             done = wavechain("batch", *words, "--chain", "c.toml", "--force", cwd=self.folder)
             self.assertEqual((done.returncode, done.stderr.decode()), (1, f"wavechain: {message}; name another --out\n"))
         (self.folder / "a.csv").unlink()
+        (self.folder / "here").symlink_to(".")
+        for log in ("a.csv", "./a.csv", "here/a.csv", self.folder / "a.csv", "a.csv.json"):
+            done = wavechain("batch", "a.wav", "--out", ".", "--format", "csv", "--log", log, "--chain", "c.toml", "--force",
+                             cwd=self.folder)
+            self.assertEqual((done.returncode, done.stderr.decode()),
+                             (1, f"wavechain: --log {log}: is where ./a.csv or its record goes; name another log\n"))
         self.assertEqual(self.files(self.folder), before)
 
     def test_folders_that_cannot_be_made(self):
