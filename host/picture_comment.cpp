@@ -8,6 +8,8 @@
 #include <fstream>
 #include <utility>
 
+#include "host/failure.h"
+
 namespace wavechain {
 namespace {
 
@@ -139,8 +141,16 @@ std::string WithSvgComment(const std::string& svg, std::string_view comment) {
     element += written;
   }
   element += std::string(MetadataEnd) + "\n";
+  constexpr std::string_view TagEnd = ">\n";
+  const std::size_t tag = svg.find("<svg ");
+  const std::size_t end = tag == std::string::npos ? tag : svg.find(TagEnd, tag);
+  if (end == std::string::npos) {
+    Fail(ExitStatus::Output,
+         "the picture cannot tell how it was made: cairo wrote an SVG of another kind; add "
+         "--no-record");
+  }
   std::string with = svg;
-  return with.insert(svg.find(">\n", svg.find("<svg ")) + 2, element);
+  return with.insert(end + TagEnd.size(), element);
 }
 
 std::string PictureComment(const std::string& path) {

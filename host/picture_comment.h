@@ -11,7 +11,7 @@ namespace wavechain {
 
 /// The PNG with the text in a chunk of its own (keyword Comment).
 std::string WithPngComment(const std::string& png, std::string_view comment);
-/// The SVG with the text as its <metadata>.
+/// The SVG with the text as its <metadata>. Fails (output) where it does not begin as cairo's do.
 std::string WithSvgComment(const std::string& svg, std::string_view comment);
 
 /// The comment of a PNG or SVG that was made so, or of a PDF that has it as its subject; nothing
