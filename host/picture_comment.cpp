@@ -1,14 +1,16 @@
 #include "host/picture_comment.h"
 
+#include <unistd.h>
 #include <zlib.h>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdint>
-#include <fstream>
 #include <utility>
 
 #include "host/failure.h"
+#include "host/regular_file.h"
 
 namespace wavechain {
 namespace {
@@ -20,6 +22,8 @@ constexpr std::size_t NumberBytes = 4;  // of a chunk's length, and of its check
 constexpr std::size_t ChunkHead = 2 * NumberBytes;
 constexpr std::size_t HeaderEnd = PngMagic.size() + ChunkHead + 13 + NumberBytes;
 
+constexpr std::string_view PdfMagic = "%PDF";
+constexpr std::array<std::string_view, 2> SvgMagics = {"<?xml", "<svg"};
 constexpr std::string_view MetadataStart = "<metadata>";
 constexpr std::string_view MetadataEnd = "</metadata>";
 constexpr std::array<std::pair<char, std::string_view>, 3> Entities = {
@@ -32,7 +36,7 @@ constexpr std::string_view HexStart = "<FEFF";
 constexpr std::size_t HexDigits = 4;
 
 // Where a comment is looked for: at the start of a PNG or SVG, at the end of a PDF.
-constexpr std::streamoff SearchedBytes = 1 << 22;
+constexpr std::int64_t SearchedBytes = 1 << 22;
 
 std::string BigEndian(std::uint32_t number) {
   std::string bytes;
@@ -112,14 +116,6 @@ std::string FromPdf(std::string_view pdf) {
   return text;
 }
 
-std::string Read(std::ifstream& file) {
-  std::string text(static_cast<std::size_t>(SearchedBytes), '\0');
-  file.read(text.data(), SearchedBytes);
-  text.resize(static_cast<std::size_t>(file.gcount()));
-  file.clear();
-  return text;
-}
-
 }  // namespace
 
 std::string WithPngComment(const std::string& png, std::string_view comment) {
@@ -153,22 +149,21 @@ std::string WithSvgComment(const std::string& svg, std::string_view comment) {
   return with.insert(end + TagEnd.size(), element);
 }
 
-std::string PictureComment(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  const std::string start = Read(file);
-  if (start.starts_with(PngMagic)) {
-    return FromPng(start);
+std::string PictureComment(int descriptor) {
+  const std::string start = ReadPart(descriptor, 0, PngMagic.size());
+  const auto begins = [&start](std::string_view magic) { return start.starts_with(magic); };
+  if (begins(PngMagic)) {
+    return FromPng(ReadPart(descriptor, 0, SearchedBytes));
   }
-  if (start.starts_with("<?xml") || start.starts_with("<svg")) {
-    return FromSvg(start);
+  if (std::ranges::any_of(SvgMagics, begins)) {
+    return FromSvg(ReadPart(descriptor, 0, SearchedBytes));
   }
-  if (!start.starts_with("%PDF")) {
-    return "";
+  if (begins(PdfMagic)) {
+    const std::int64_t size = ::lseek(descriptor, 0, SEEK_END);
+    return FromPdf(
+        ReadPart(descriptor, std::max<std::int64_t>(size - SearchedBytes, 0), SearchedBytes));
   }
-  file.seekg(0, std::ios::end);
-  const std::streamoff size = file.tellg();
-  file.seekg(size > SearchedBytes ? size - SearchedBytes : 0);
-  return FromPdf(Read(file));
+  return "";
 }
 
 }  // namespace wavechain

@@ -15,8 +15,8 @@ std::string WithPngComment(const std::string& png, std::string_view comment);
 std::string WithSvgComment(const std::string& svg, std::string_view comment);
 
 /// The comment of a PNG or SVG that was made so, or of a PDF that has it as its subject; nothing
-/// of other files.
-std::string PictureComment(const std::string& path);
+/// of other files, of which only the first bytes are read.
+std::string PictureComment(int descriptor);
 
 }  // namespace wavechain
 

@@ -1,20 +1,19 @@
 #include <archive.h>
 #include <archive_entry.h>
-#include <fcntl.h>
+#include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <new>
+#include <sstream>
 
 #include "host/failure.h"
-#include "host/file.h"
 #include "host/parse_json.h"
 #include "host/picture_comment.h"
 #include "host/provenance.h"
+#include "host/regular_file.h"
 #include "host/sound_file.h"
 #include "host/ssff_reader.h"
 
@@ -26,25 +25,24 @@ using Object = nlohmann::ordered_json;
 constexpr std::size_t WholeLimit = 1 << 22;  // of a record, in bytes
 constexpr std::string_view RecordStart = "{\"wavechain\":";
 
-std::string SoundComment(const std::string& path) {
-  const File file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+std::string SoundComment(int descriptor) {
+  ::lseek(descriptor, 0, SEEK_SET);
   SF_INFO info = {};
-  const SoundFile sound(file.Descriptor(), SFM_READ, info);
+  const SoundFile sound(descriptor, SFM_READ, info);
   const char* comment =
       sound.Get() == nullptr ? nullptr : ::sf_get_string(sound.Get(), SF_STR_COMMENT);
   return comment == nullptr ? "" : comment;
 }
 
 // The line of a simple signal file's header; nothing in other files.
-std::string SsffComment(const std::string& path) {
+std::string SsffComment(int descriptor) {
   constexpr std::string_view Key = "Comment CHAR ";
-  std::ifstream file(path, std::ios::binary);
-  std::string line(SsffMagic.size(), '\0');
-  file.read(line.data(), static_cast<std::streamsize>(line.size()));
-  if (line != SsffMagic) {
+  if (ReadPart(descriptor, 0, SsffMagic.size()) != SsffMagic) {
     return "";
   }
-  while (std::getline(file, line) && !line.starts_with("-----")) {
+  std::istringstream header(ReadPart(descriptor, SsffMagic.size(), WholeLimit));
+  std::string line;
+  while (std::getline(header, line) && !line.starts_with("-----")) {
     if (line.starts_with(Key)) {
       return line.substr(Key.size());
     }
@@ -53,14 +51,15 @@ std::string SsffComment(const std::string& path) {
 }
 
 // A member of a file of arrays; nothing in other files.
-std::string NpzComment(const std::string& path) {
+std::string NpzComment(int descriptor) {
   const std::unique_ptr<archive, decltype(&::archive_read_free)> zip(::archive_read_new(),
                                                                      &::archive_read_free);
   constexpr std::size_t BlockBytes = 1 << 16;
   if (!zip || ::archive_read_support_format_zip_seekable(zip.get()) != ARCHIVE_OK) {
     throw std::bad_alloc();
   }
-  if (::archive_read_open_filename(zip.get(), path.c_str(), BlockBytes) != ARCHIVE_OK) {
+  ::lseek(descriptor, 0, SEEK_SET);
+  if (::archive_read_open_fd(zip.get(), descriptor, BlockBytes) != ARCHIVE_OK) {
     return "";
   }
   archive_entry* entry = nullptr;
@@ -77,15 +76,20 @@ std::string NpzComment(const std::string& path) {
   return "";
 }
 
+// Nothing where it is no regular file.
 std::string WholeFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  std::string text;
-  std::array<char, 1 << 12> block = {};
-  while (file && text.size() < WholeLimit) {
-    file.read(block.data(), static_cast<std::streamsize>(block.size()));
-    text.append(block.data(), static_cast<std::size_t>(file.gcount()));
-  }
-  return text;
+  const File file = OpenRegularFile(path);
+  return file.IsOpen() ? ReadPart(file.Descriptor(), 0, WholeLimit) : "";
+}
+
+[[noreturn]] void CannotOpen(const std::string& path, int error) {
+  std::error_code none;
+  const std::filesystem::file_status status = std::filesystem::status(path, none);
+  const bool isOther = std::filesystem::is_other(status);
+  Fail(ExitStatus::Input, "{}: cannot be opened: {}", path,
+       std::filesystem::is_directory(status) ? "it is a folder"
+       : isOther                             ? "it is no regular file"
+                                             : SystemText(error));
 }
 
 // The record that the text ends with, if it is one.
@@ -115,21 +119,14 @@ std::optional<std::string> RecordLineOf(const std::string& path) {
 bool IsRecord(const std::string& path) { return Found(WholeFile(path)).has_value(); }
 
 Object ReadRecord(const std::string& path) {
-  if (!std::ifstream(path).is_open() || std::filesystem::is_directory(path)) {
-    Fail(ExitStatus::Input, "{}: cannot be opened: {}", path,
-         std::filesystem::is_directory(path) ? "it is a folder" : SystemText(errno));
+  const File file = OpenRegularFile(path);
+  if (!file.IsOpen()) {
+    CannotOpen(path, errno);
   }
-  if (auto inside = InComment(SsffComment(path))) {
-    return *inside;
-  }
-  if (auto inside = InComment(NpzComment(path))) {
-    return *inside;
-  }
-  if (auto inside = InComment(PictureComment(path))) {
-    return *inside;
-  }
-  if (auto inside = InComment(SoundComment(path))) {
-    return *inside;
+  for (const auto commentOf : {SsffComment, NpzComment, PictureComment, SoundComment}) {
+    if (auto inside = InComment(commentOf(file.Descriptor()))) {
+      return *inside;
+    }
   }
   if (auto beside = Found(WholeFile(RecordPath(path)))) {
     return *beside;

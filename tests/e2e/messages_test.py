@@ -59,6 +59,9 @@ ERRORS = [
      "data: is a folder; name a file, or - for standard output"),
     (3, ("run", "take3.wav", "pipe", "--format", "wav", "-f", "SineFilter"),
      "pipe: is not a regular file; name a file, or - for standard output"),
+    (3, ("run", "take3.wav", "piped.csv", "-f", "SineFilter"),
+     "piped.csv.json: is not a regular file; name a file, or - for standard output"),
+    (2, ("show", "pipe"), "pipe: cannot be opened: it is no regular file"),
     (3, ("run", "take3.wav", "nowhere/o.wav", "-f", "SineFilter"), "nowhere/o.wav: cannot be written: No such file or directory"),
     (3, ("run", "take3.wav", "take3.wav", "--force", "-f", "SineFilter"), "take3.wav: is the input itself; name another output"),
     (3, ("run", "o.wav", "-q", "--silence", "8", "--rate", "1", "-f", "ResampleBlackman down=8 up=1"),
@@ -121,6 +124,7 @@ class Messages(Folder):
         write_wav(self.folder / "slow.wav", 8000, 1, range(20))
         write_wav(self.folder / "empty.wav", 8000, 1, [])
         os.mkfifo(self.folder / "pipe")
+        os.mkfifo(self.folder / "piped.csv.json")
         data = self.folder / "data"
         data.mkdir()
         (data / "positions.xyd").write_text("1000 -20000 3000 4000 5000 6000\n" * 2000)
