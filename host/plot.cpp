@@ -52,7 +52,8 @@ void CheckNumbers(const PlotRequest& request) {
   require("--max-frequency", request.highest_Hz.value_or(1.0), 1e-3, 1e6,
           "takes 0.001 to 1000000 Hz");
   require("--from", request.from_s.value_or(0.0), 0.0, 1e9, "takes seconds from 0");
-  require("--silence", request.silence_s.value_or(1.0), 1e-6, 1e6, "takes seconds above 0");
+  require("--silence", request.silence_s.value_or(1.0), 1e-6, 1e6,
+          "takes seconds above 0, up to 1000000");
   require("--rate", request.rate.value_or(1.0), 1.0, 1e6, "a sampling rate is 1 to 1000000 Hz");
   if (request.phase && !request.response) {
     Fail(ExitStatus::Usage, "--phase goes with --response");

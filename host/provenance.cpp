@@ -1,5 +1,8 @@
 #include "host/provenance.h"
 
+#include <cstdint>
+#include <limits>
+#include <stdexcept>
 #include <utility>
 
 #include "host/failure.h"
@@ -52,6 +55,26 @@ void PutFlag(Object& json, const char* key, bool flag) {
   }
 }
 
+// A number of a record that none of ours holds; the reason.
+class OutOfRange : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// A whole number in the type's range, from `least`; any other one has no conversion.
+template <class Whole>
+Whole TakenWhole(const Object& json, const char* key, Whole least) {
+  const Object& number = json.at(key);
+  constexpr Whole Most = std::numeric_limits<Whole>::max();
+  // Without a sign it may exceed what the type with one holds.
+  const bool fits = number.is_number_unsigned() ? number.get<std::uint64_t>() <= Most
+                                                : number.is_number_integer();
+  if (!fits || number < least) {
+    throw OutOfRange(fmt::format("{} is no whole number from {} to {}", key, least, Most));
+  }
+  return number.get<Whole>();
+}
+
 template <class Value>
 std::optional<Value> TakenIf(const Object& json, const char* key) {
   return json.contains(key) ? std::optional(json.at(key).get<Value>()) : std::nullopt;
@@ -93,8 +116,8 @@ void TakeChains(const Object& json, Provenance& record) {
 }
 
 void TakeOptions(const Object& options, Provenance& record) {
-  record.seed = options.at("seed").get<unsigned>();
-  record.block = options.at("block").get<int>();
+  record.seed = TakenWhole<unsigned>(options, "seed", 0);
+  record.block = TakenWhole(options, "block", 1);
   record.allowTruncated = options.value("allow_truncated", false);
   record.allowMissing = options.value("allow_missing", false);
   record.libraryTail = options.value("library_tail", false);
@@ -110,7 +133,9 @@ Provenance Taken(const Object& json) {
   record.silence_s = TakenIf<double>(input, "silence_s");
   record.rate = TakenIf<double>(input, "rate_hz");
   record.type = TakenIf<std::string>(input, "type");
-  record.channel = TakenIf<int>(input, "channel");
+  if (input.contains("channel")) {
+    record.channel = TakenWhole(input, "channel", 1);
+  }
   if (json.contains("picture")) {
     record.picture = PictureFrom(json.at("picture"));
   }
@@ -177,12 +202,15 @@ Object Provenance::Json() const {
 }
 
 Provenance Provenance::FromJson(const Object& json, const std::string& file) {
+  std::string why;
   try {
     return Taken(json);
   } catch (const Object::exception& error) {
-    Fail(ExitStatus::Input, "{}: its record of how it was made cannot be understood: {}", file,
-         error.what());
+    why = error.what();
+  } catch (const OutOfRange& error) {
+    why = error.what();
   }
+  Fail(ExitStatus::Input, "{}: its record of how it was made cannot be understood: {}", file, why);
 }
 
 std::string RecordLine(const Object& record) {

@@ -23,8 +23,9 @@ void CheckInput(const RunRequest& request) {
   if (request.silence_s && request.type) {
     Fail(ExitStatus::Usage, "-t and --silence exclude each other: silence has no samples to read");
   }
-  if (request.silence_s && !(std::isfinite(*request.silence_s) && *request.silence_s >= 0.0)) {
-    Fail(ExitStatus::Usage, "--silence {}: seconds are 0 or more", NumberText(*request.silence_s));
+  if (request.silence_s && !(*request.silence_s >= 0.0 && *request.silence_s <= 1e6)) {
+    Fail(ExitStatus::Usage, "--silence {}: seconds are 0 to 1000000",
+         NumberText(*request.silence_s));
   }
   if (request.rate && !(*request.rate >= 1.0 && *request.rate <= 1e6)) {
     Fail(ExitStatus::Usage, "--rate {}: a sampling rate is 1 to 1000000 Hz",

@@ -131,7 +131,9 @@ class Silence(Events):
         for arguments, words in (
             ([out, "--silence", 1], "--silence has no rate of its own; add --rate"),
             ([out, "--rate", 16000], "OUT is required"),
-            ([out, "--silence", -1, "--rate", 16000], "seconds are 0 or more"),
+            ([out, "--silence", -1, "--rate", 16000], "--silence -1: seconds are 0 to 1000000"),
+            ([out, "--silence", 1000001, "--rate", 1], "--silence 1000001: seconds are 0 to 1000000"),
+            ([out, "--silence", "1e300", "--rate", 8000], "--silence 1e+300: seconds are 0 to 1000000"),
             ([out, "--silence", 1, "--rate", 0], "a sampling rate is"),
             ([out, out, "--silence", 1, "--rate", 16000], "name OUT alone"),
             (["--silence", 1, "--rate", 16000], "OUT is required"),

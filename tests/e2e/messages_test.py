@@ -70,7 +70,7 @@ ERRORS = [
     (1, (*PLOT, "--window", "0"), "--window 0: takes 0.1 to 1000 ms"),
     (1, (*PLOT, "--dynamics", "0"), "--dynamics 0: takes 1 to 300 dB"),
     (1, (*PLOT, "--from", "-1"), "--from -1: takes seconds from 0"),
-    (1, ("plot", "o.png", "--silence", "0", "--rate", "8000", "-f", "SineFilter"), "--silence 0: takes seconds above 0"),
+    (1, ("plot", "o.png", "--silence", "0", "--rate", "8000", "-f", "SineFilter"), "--silence 0: takes seconds above 0, up to 1000000"),
     (1, ("plot", "o.png", "--silence", "1", "--rate", "0", "-f", "SineFilter"), "--rate 0: a sampling rate is 1 to 1000000 Hz"),
     (1, ("plot", "o.png", *SILENCE), "with --silence there is nothing to draw without a filter; add -f or --track"),
     (2, ("plot", "empty.wav", "o.png", "-q"), "empty.wav: holds no sample; there is nothing to draw"),

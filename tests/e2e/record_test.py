@@ -132,6 +132,16 @@ class Shown(Records):
         self.assertRegex(self.call("show", "x.json", status=2)[1],
                          r"^wavechain: x.json: its record of how it was made cannot be understood: .*library")
 
+    def test_numbers_that_no_run_has(self):
+        self.make("o.csv", "-f", "BeamPel")
+        record = self.record("o.csv")
+        for key, value, least, most in (("seed", 1e300, 0, 2**32 - 1), ("seed", -1, 0, 2**32 - 1), ("seed", 2**32, 0, 2**32 - 1),
+                                        ("block", 1e300, 1, 2**31 - 1), ("block", 0, 1, 2**31 - 1), ("block", 2**31, 1, 2**31 - 1)):
+            (self.folder / "x.json").write_text(json.dumps({**record, "options": {**record["options"], key: value}}))
+            for command in ("show", "rerun"):
+                self.assertEqual(self.call(command, "x.json", status=2)[1], "wavechain: x.json: its record of how it was made cannot be "
+                                                                            f"understood: {key} is no whole number from {least} to {most}\n")
+
 
 class Again(Records):
     def expect_same(self, name, *words):

@@ -40,6 +40,10 @@ def records():
     }
     for size in (1, 14, 30, len(good) // 2, len(good) - 1):
         cases[f"cut_at_{size}"] = (good[:size], "refused")
+    for part, key, most in (("options", "seed", 2**32 - 1), ("options", "block", 2**31 - 1), ("input", "channel", 2**31 - 1)):
+        cases[f"{key}_largest"] = (with_field(part, key, most), "shown")
+        for name, value in (("too_large", most + 1), ("negative", -1), ("least_of_64_bits", -(2**63)), ("most_of_64_bits", 2**64 - 1), ("beyond_64_bits", 2**64), ("1e300", 1e300), ("a_fraction", 1.5), ("a_text", "7"), ("null", None)):
+            cases[f"{key}_{name}"] = (with_field(part, key, value), "refused")
     for depth in DEPTHS[1:]:
         cases[f"nested_{depth}_deep"] = (nested(depth), "refused")
         cases[f"nested_{depth}_deep_without_end"] = (nested(depth)[: depth + 25], "refused")
