@@ -71,7 +71,7 @@ std::string CommentOf(const std::string& words, const Provenance& record);
 /// The record in one line of ASCII: the same for two records that say the same.
 std::string RecordLine(const nlohmann::ordered_json& record);
 
-/// The record for people, line by line.
+/// The record for people, line by line; control characters of its texts as escapes.
 std::string ProvenanceText(const Provenance& record);
 
 /// Reads the record that a file carries: in its comment or metadata, in a .json file beside it, or

@@ -9,7 +9,7 @@ namespace {
 
 std::string FileText(const FileRecord& file) {
   return fmt::format("{} ({})", OneLine(file.name),
-                     file.sha256 ? "SHA-256 " + *file.sha256 : "not there");
+                     file.sha256 ? "SHA-256 " + OneLine(*file.sha256) : "not there");
 }
 
 std::string InputText(const Provenance& record) {
@@ -22,7 +22,7 @@ std::string InputText(const Provenance& record) {
   }
   std::string text = FileText(*record.input);
   text += record.channel ? fmt::format(", channel {}", *record.channel) : "";
-  text += record.type ? fmt::format(", raw {} at {} Hz", *record.type,
+  text += record.type ? fmt::format(", raw {} at {} Hz", OneLine(*record.type),
                                     NumberText(record.rate.value_or(0.0)))
                       : "";
   return text;
@@ -55,21 +55,22 @@ std::string PictureText(const PictureRecord& picture) {
 }  // namespace
 
 std::string ProvenanceText(const Provenance& record) {
-  std::string text = fmt::format("program  wavechain {}\nlibrary  {}\ninput    {}\n",
-                                 record.program, FileText(record.library), InputText(record));
+  std::string text =
+      fmt::format("program  wavechain {}\nlibrary  {}\ninput    {}\n", OneLine(record.program),
+                  FileText(record.library), InputText(record));
   for (std::size_t i = 0; i < record.filters.size(); ++i) {
     text += fmt::format("{}  {}\n", i == 0 ? "chain  " : "       ", OneLine(record.filters[i]));
   }
   for (const TrackRecord& track : record.tracks) {
-    text += fmt::format("track    {}: {}{}\n", track.name,
+    text += fmt::format("track    {}: {}{}\n", OneLine(track.name),
                         OneLine(fmt::format("{}", fmt::join(track.filters, " | "))),
                         track.unit.empty() ? "" : ", unit " + OneLine(track.unit));
   }
   for (std::size_t i = 0; i < record.files.size(); ++i) {
     text += fmt::format("{}  {}\n", i == 0 ? "files  " : "       ", FileText(record.files[i]));
   }
-  text += fmt::format("options  {}\noutput   {}{}", OptionsText(record), record.format,
-                      record.encoding ? ", " + *record.encoding : "");
+  text += fmt::format("options  {}\noutput   {}{}", OptionsText(record), OneLine(record.format),
+                      record.encoding ? ", " + OneLine(*record.encoding) : "");
   text += record.unit.empty() ? "" : ", unit " + OneLine(record.unit);
   text += record.picture ? "\npicture  " + PictureText(*record.picture) : "";
   return text + "\n";

@@ -12,7 +12,9 @@ void RecordCommands::AddTo(CLI::App& app) {
   show->callback([this] {
     const nlohmann::ordered_json record = ReadRecord(shown);
     const Provenance provenance = Provenance::FromJson(record, shown);
-    Print(json ? record.dump(2) + "\n" : ProvenanceText(provenance));
+    // ASCII: it leaves the terminal alone.
+    const auto replace = nlohmann::ordered_json::error_handler_t::replace;
+    Print(json ? record.dump(2, ' ', true, replace) + "\n" : ProvenanceText(provenance));
   });
 
   CLI::App* again = app.add_subcommand("rerun", "Make an output again, byte for byte");

@@ -12,6 +12,7 @@ RECORD = {
     "filters": ["SineFilter frequency=100"], "files": [], "options": {"seed": 7, "block": 4096}, "output": {"format": "wav", "encoding": "float32", "unit": "mm", "full_scale": 1.0},
 }
 PICTURE = {"window_ms": 5.0, "dynamics_db": 60.0}
+ESCAPES = "\x1b[2J\x07\r\x7f\x9b31m"  # what a terminal obeys
 DEPTHS = (30, 32, 33, 1000, 100_000)  # of which the first is one that is taken
 
 
@@ -27,12 +28,22 @@ def with_field(part, key, value):
     return text(**{part: {**RECORD.get(part, {}), key: value}})
 
 
+def spoiled_texts(value):
+    """The same with sequences behind each text that a terminal obeys."""
+    if isinstance(value, dict):
+        return {key: spoiled_texts(member) for key, member in value.items()}
+    if isinstance(value, list):
+        return [spoiled_texts(member) for member in value]
+    return value + ESCAPES if isinstance(value, str) else value
+
+
 def records():
     good = text()
     cases = {
         "as_it_should_be": (good, "shown"), "indented": (json.dumps(RECORD, indent=2).encode(), "shown"), "unknown_member": (text(more=[1, {"a": None}]), "shown"), "nested_thirty_deep": (good[:-1] + b',"x":' + nested(30, b"")[:-1] + b"}", "shown"),
         "brackets_in_texts": (text(filters=['"\\' + "[{" * 100]), "shown"), "escape_sequences": (text(filters=["\x1b[2J\x07\x9b"]), "shown"), "zero_byte_in_a_filter": (text(filters=["Sine\0Filter"]), "shown"),
-        "member_twice": (good[:-1] + b',"filters":[]}', "shown"), "filters_as_tracks": (text(tracks=[{"name": "a", "filters": [], "unit": "mm"}]), "shown"),
+        "escape_sequences_everywhere": (json.dumps(spoiled_texts({**RECORD, "picture": PICTURE, "tracks": [{"name": "a", "filters": ["b"], "unit": "c"}]})).encode(), "shown"),
+        "escape_sequences_in_raw_samples": (text(input={"file": "take.wav", "sha256": ESCAPES, "type": ESCAPES, "rate_hz": 8000}), "shown"), "member_twice": (good[:-1] + b',"filters":[]}', "shown"), "filters_as_tracks": (text(tracks=[{"name": "a", "filters": [], "unit": "mm"}]), "shown"),
         "empty": (b"", "refused"), "empty_object": (b"{}", "refused"), "an_array": (b"[" + good + b"]", "refused"), "nul_only": (bytes(1000), "refused"), "nul_first": (b"\0" + good, "refused"), "nul_in_a_text": (good.replace(b"Sine", b"Si\0ne"), "refused"),
         "latin_1": (good.replace(b"Sine", b"S\xefne"), "refused"), "overlong_utf8": (good.replace(b"Sine", b"\xc0\x80"), "refused"), "half_a_surrogate": (good.replace(b"Sine", b"\\ud800"), "refused"), "utf16": (good.decode().encode("utf-16"), "refused"),
         "real_overflowing": (good.replace(b"4096", b"1e400"), "refused"), "digits_without_end": (good.replace(b"4096", b"9" * 100_000), "refused"), "library_missing": (b'{"wavechain":"1.0.0"}', "refused"),

@@ -372,6 +372,7 @@ class Records(Hostile):
                 done = self.run_chain("show", path, *words)
                 self.assertEqual(done.status, {"shown": 0, "refused": 2}[verdict], done)
                 self.assertIn(path.name if verdict == "refused" else "take.wav", done.err + done.out)
+                self.assertNotRegex(done.err + done.out, "[\0-\x09\x0b-\x1f\x7f-\x9f]")
 
     def test_contents(self):
         for name, (content, verdict) in hostile_records.records().items():

@@ -84,6 +84,10 @@ TEST(NearestName, IsNoneWhereNothingIsClose) {
 }
 
 TEST(Messages, AreOneLineWithoutControlCharacters) {
+  EXPECT_EQ(wavechain::OneLine("a\xc2\x9b"
+                               "2J\xc2\x80\xc2\x9f"),
+            "a\\x9b2J\\x80\\x9f");
+  EXPECT_EQ(wavechain::OneLine("\xc2\xa0\xc3\x9b\xc2"), "\xc2\xa0\xc3\x9b\xc2");
   const wavechain::Failure failure(wavechain::ExitStatus::Usage, "a\nb\tc\x1b[1m\x7f \xc3\xa4");
   EXPECT_STREQ(failure.what(), "a\\nb\\tc\\x1b[1m\\x7f \xc3\xa4");
 }
