@@ -61,9 +61,11 @@ std::size_t BehindQuotes(std::string_view text, std::size_t at) {
   return at;
 }
 
-// Whether a line has so many dots outside of quotes and comments. Each of a key's is a table within
-// a table, which the parser's own functions follow by calling themselves.
-bool HasDeepKeys(std::string_view text) {
+// Where a key, or whatever else stands between two signs of the grammar, has too many dots outside
+// of quotes and comments; nothing where none has. Each of a key's is a table within a table, which
+// the parser's own functions follow by calling themselves.
+std::optional<std::size_t> DeepKey(std::string_view text) {
+  constexpr std::string_view Ends = "\n=,[]{}";
   constexpr int MostDots = 32;
   int dots = 0;
   for (std::size_t at = 0; at < text.size();) {
@@ -76,13 +78,25 @@ bool HasDeepKeys(std::string_view text) {
       at = std::min(text.find('\n', at), text.size());
       continue;
     }
-    dots = c == '\n' ? 0 : dots + (c == '.' ? 1 : 0);
+    dots = Ends.find(c) != std::string_view::npos ? 0 : dots + (c == '.' ? 1 : 0);
     if (dots > MostDots) {
-      return true;
+      return at;
     }
     ++at;
   }
-  return false;
+  return std::nullopt;
+}
+
+// Line and column as the parser counts them: in characters, not in bytes.
+toml::source_region RegionAt(std::string_view text, std::size_t at) {
+  const std::string_view before = text.substr(0, at);
+  const std::string_view line = before.substr(before.rfind('\n') + 1);
+  const auto characters = std::ranges::count_if(
+      line, [](char c) { return (static_cast<unsigned char>(c) & 0xc0U) != 0x80U; });
+  const auto number = std::ranges::count(before, '\n') + 1;
+  const toml::source_position place = {static_cast<toml::source_index>(number),
+                                       static_cast<toml::source_index>(characters + 1)};
+  return {place, place, nullptr};
 }
 
 // The parser's words, and what they most often come from.
@@ -197,8 +211,8 @@ class ChainReader {
 
   toml::table Parse() const {
     const std::string text = ReadWhole(path);
-    if (HasDeepKeys(text)) {
-      Fail(ExitStatus::Usage, "{}: has a line with more dots than any chain", path);
+    if (const std::optional<std::size_t> at = DeepKey(text)) {
+      Refuse(RegionAt(text, *at), "a name has more dots than any in a chain");
     }
     try {
       return toml::parse(std::string_view(text));
