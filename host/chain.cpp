@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
+#include <system_error>
 
 #include "host/console_out.h"
 #include "host/failure.h"
@@ -80,6 +82,16 @@ std::string FirstName(const SignalInfo& signal) {
     return "standard input";
   }
   return signal.name.empty() ? "the signal" : signal.name;
+}
+
+// Which of the files a filter has opened, which knows it by a temporary name.
+std::string GivenName(const std::string& opened, const std::vector<std::string>& files) {
+  const auto isIt = [&opened](const std::string& file) {
+    std::error_code error;
+    return std::filesystem::equivalent(file, opened, error);
+  };
+  const auto found = std::ranges::find_if(files, isIt);
+  return found == files.end() ? opened : *found;
 }
 
 }  // namespace
@@ -288,9 +300,9 @@ void Chain::RequireFlow() const {
   }
   for (const auto& stream : streams) {
     if (stream->Broken()) {
-      Fail(
-          ExitStatus::Input,
-          "a data file could not be read on, because of its disk or for want of memory; run again");
+      Fail(ExitStatus::Input,
+           "{}: could not be read on, because of its disk or for want of memory; run again",
+           GivenName(stream->Opened(), Files()));
     }
   }
   for (const auto& second : seconds) {

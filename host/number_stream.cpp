@@ -14,6 +14,9 @@ bool NumberStream::Open(char* name) {
   if (!std::filesystem::is_regular_file(name, error)) {
     return false;
   }
+  if (!broken) {
+    opened = name;
+  }
   file.clear();
   file.open(name);
   broken = broken || !file.is_open();

@@ -24,6 +24,8 @@ class NumberStream : public wavefilters::INumStreamC {
   /// True once a file that is there could not be opened or read on; the filter takes that for
   /// the end of its data.
   bool Broken() const { return broken; }
+  /// The name that the file was opened by; where one is broken, that one's.
+  const std::string& Opened() const { return opened; }
   int BytesRemain() override { return 0; }
   void SkipBytes(int /*count*/) override {}
   int ReadBytes(char* /*buffer*/, int /*count*/) override { return 0; }
@@ -36,6 +38,7 @@ class NumberStream : public wavefilters::INumStreamC {
   template <class Number>
   bool Get(Number& value);
 
+  std::string opened;
   std::ifstream file;
   std::istringstream line;
   bool hasLine = false;

@@ -91,6 +91,26 @@ class Reading(Faults):
                     fault = {"call": "read", "path": name, "error": errno.EIO, "after": after}
                     self.expect_failure(status, [name, os.strerror(errno.EIO)], *command, fault=fault)
 
+    def data_cases(self):
+        """Of files that filters read themselves."""
+        return [case for case in self.cases() if not case[0].endswith((".wav", ".toml"))]
+
+    def test_an_error_once_the_filter_reads_is_said(self):
+        # Too long for one reading: checked twice as a whole, it is then read on by the filter.
+        pellets = self.write("take.xyd", hostile_text.text_of(hostile_text.FORMATS["xyd"].lines).replace(b"\n", b" " * 3000 + b"\n"))
+        fault = {"call": "read", "path": "take.xyd", "error": errno.EIO, "after": 2 * pellets.stat().st_size + 8200}
+        for chain in ("BeamPel", "BeamData mode=speed"):
+            with self.subTest(chain):
+                words = f"wavechain: {pellets}: could not be read on, because of its disk or for want of memory; run again"
+                self.expect_failure(2, [words], "run", self.recording, self.out / "out.wav", "--no-record", "-f", chain, fault=fault)
+
+    def test_a_file_that_finds_no_temporary_name_is_said(self):
+        for name, command, status in self.data_cases():
+            for error in (errno.ENOSPC, errno.EROFS):
+                with self.subTest(file=name, error=errno.errorcode[error]):
+                    words = f"wavechain: cannot give {self.folder / name} a temporary name: {os.strerror(error)}"
+                    self.expect_failure(status, [words], *command, fault={"call": "symlink", "path": name, "error": error})
+
     def test_an_error_at_the_opening_is_said(self):
         for name, command, status in self.cases():
             for error in (errno.EACCES, errno.EMFILE, errno.ENFILE, errno.EIO, errno.ELOOP, errno.ENXIO):
@@ -119,6 +139,7 @@ class Reading(Faults):
         wanted = self.written()
         most = len(list(pathlib.Path(f"/proc/{self.process.process.pid}/fd").iterdir())) + 12
         statuses = set()
+        said = set()
         for files in range(4, most):
             with self.subTest(files=files):
                 done = self.run_command(*command, files=files)
@@ -128,8 +149,10 @@ class Reading(Faults):
                 else:
                     self.assertEqual(self.written(), {})
                     self.assertRegex(done.lines[-1], f"(?i)^wavechain: .*{os.strerror(errno.EMFILE)}")
+                    said.add(done.lines[-1])
         self.assertIn(0, statuses)
         self.assertIn(2, statuses)
+        self.assertIn(f"wavechain: filter 1 (BeamData): its data files cannot be opened: {os.strerror(errno.EMFILE)}", said)
 
 
 class Writing(Faults):

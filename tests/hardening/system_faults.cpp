@@ -161,6 +161,11 @@ EXPORTED int rename(const char* from, const char* to) {
   return FailsRename(to) ? Failed() : real(from, to);
 }
 
+EXPORTED int symlink(const char* target, const char* link) {
+  static auto* const real = Real<int(const char*, const char*)>("symlink");
+  return Wanted("symlink") && Concerns(target) ? Failed() : real(target, link);
+}
+
 EXPORTED int renameat2(int fromFolder, const char* from, int toFolder, const char* to,
                        unsigned flags) {
   static auto* const real = Real<int(int, const char*, int, const char*, unsigned)>("renameat2");

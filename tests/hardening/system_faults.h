@@ -11,6 +11,7 @@ namespace hardening {
 //   short        reads and writes move at most `after` bytes
 //   interrupted  every second read and write fails with EINTR
 //   fsync, close, rename  fail with `error`; rename, once it went well `after` times
+//   symlink      fails with `error` for a link to the file
 //   grow         a read that meets the end of the file appends `text` to it, once
 //   vanish       the file loses its name when `after` bytes have been read
 //   cut          it loses its contents at that point
