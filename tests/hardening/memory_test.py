@@ -10,6 +10,7 @@ import collections
 import os
 import pathlib
 import re
+import resource
 import shutil
 import subprocess
 import tempfile
@@ -192,6 +193,12 @@ class Memory(unittest.TestCase):
     def test_of_tracks(self):
         self.check([self.out / "out.csv", "--track", "speed=BeamData mode=speed", "--track", "low=FIRFilter 5"], 23)
 
+    def test_of_a_picture_that_finds_no_room(self):
+        # Its pixels alone take 400 MB.
+        command = [os.environ["WAVECHAIN"], "plot", self.out / "out.png", "--response", "--size", "10000x10000", "-f", "FIRNotch 20 2500", "--library", os.environ["LIBRARY"]]
+        done = subprocess.run(command, capture_output=True, text=True, check=False, preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (350 << 20,) * 2))
+        self.assertEqual((done.returncode, done.stderr.splitlines()[-1:]), (3, ["wavechain: the picture cannot be drawn: out of memory"]))
+        self.assertEqual(self.written(), {})
 
     def test_of_a_word_too_many(self):
         arguments = [self.out / "out.wav", "too", "many"]
