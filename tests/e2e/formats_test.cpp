@@ -3,8 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 
 #include "e2e/support/program.h"
 #include "e2e/support/sound.h"
@@ -170,17 +172,18 @@ class WavechainHugeFiles : public WavechainFormats {
 
   // Puts an 8-byte number at each place.
   std::string Huge(const std::string& name, int format,
-                   const std::vector<std::pair<std::size_t, std::int64_t>>& sizes) const {
+                   const std::vector<std::pair<std::size_t, std::int64_t>>& sizes,
+                   std::int64_t samples = Samples) const {
     const std::string path = Path(name);
     e2e::WriteSound(path, std::vector<float>(16, 0.0F), 8000, 1, format | SF_FORMAT_FLOAT);
     std::string header = e2e::ReadFile(path);
     header.resize(header.size() - 64);
     for (const auto& [at, more] : sizes) {
-      const std::int64_t size = more + 4 * Samples;
+      const std::int64_t size = more + 4 * samples;
       std::memcpy(header.data() + at, &size, sizeof size);
     }
     e2e::WriteFile(path, header);
-    std::filesystem::resize_file(path, header.size() + 4 * static_cast<std::size_t>(Samples));
+    std::filesystem::resize_file(path, header.size() + 4 * static_cast<std::size_t>(samples));
     return path;
   }
 
@@ -195,14 +198,34 @@ class WavechainHugeFiles : public WavechainFormats {
     e2e::WriteSound(Path("small"), std::vector<float>(16, 0.0F), 8000, 1, format | SF_FORMAT_FLOAT);
     return e2e::ReadFile(Path("small"));
   }
+
+  std::string HugeW64(std::int64_t samples) const {
+    const std::size_t data = Small(SF_FORMAT_W64).find("data\xF3\xAC\xD3\x11");
+    EXPECT_NE(data, std::string::npos);
+    const auto before = static_cast<std::int64_t>(data) + 24;
+    return Huge("huge.w64", SF_FORMAT_W64, {{16, before}, {data + 16, 24}}, samples);
+  }
 };
 
 TEST_F(WavechainHugeFiles, W64IsReadAndAWavOutputRefusedBeforeAnythingIsDone) {
-  const std::string small = Small(SF_FORMAT_W64);
-  const std::size_t data = small.find("data\xF3\xAC\xD3\x11");
-  ASSERT_NE(data, std::string::npos);
-  const auto before = static_cast<std::int64_t>(data) + 24;
-  ExpectReadButNotWrittenAsWav(Huge("huge.w64", SF_FORMAT_W64, {{16, before}, {data + 16, 24}}));
+  ExpectReadButNotWrittenAsWav(HugeW64(Samples));
+}
+
+// Minutes and 5 GiB of the disk where the long tests are asked for; otherwise the same with less.
+TEST_F(WavechainHugeFiles, SamplesBehindFourGiBAreReadAndWritten) {
+  const std::int64_t samples = std::getenv("WAVEFILTERS_LONG_TESTS") != nullptr ? Samples : 1 << 16;
+  const std::vector<float> tail = {0.25F, -0.5F, 0.125F, 1.0F};
+  const std::string path = HugeW64(samples);
+  std::fstream(path, std::ios::binary | std::ios::in | std::ios::out)
+          .seekp(-static_cast<std::streamoff>(Bytes(tail).size()), std::ios::end)
+      << Bytes(tail);
+  // Adds zeros: a chain that samples go through, and leave as they came.
+  const Outcome outcome = Wavechain({"run", path, Path("out.w64"), "-q", "--no-record", "-f",
+                                     "SineFilter frequency=100 amplitude=0"});
+  ASSERT_EQ(outcome.status, 0) << outcome.err;
+  EXPECT_GE(std::filesystem::file_size(Path("out.w64")), 4 * static_cast<std::uintmax_t>(samples));
+  EXPECT_THAT(e2e::ReadEnd(Path("out.w64"), samples - 6),
+              testing::ElementsAre(0.0F, 0.0F, 0.25F, -0.5F, 0.125F, 1.0F));
 }
 
 TEST_F(WavechainHugeFiles, Rf64IsReadAndAWavOutputRefusedBeforeAnythingIsDone) {

@@ -29,9 +29,13 @@ class Reader {
   Reader& operator=(const Reader&) = delete;
 
   template <class Value>
-  std::vector<Value> All(sf_count_t (*read)(SNDFILE*, Value*, sf_count_t)) {
-    std::vector<Value> values(static_cast<std::size_t>(info.frames * info.channels));
-    if (read(file, values.data(), info.frames) != info.frames) {
+  std::vector<Value> All(sf_count_t (*read)(SNDFILE*, Value*, sf_count_t), sf_count_t first = 0) {
+    if (::sf_seek(file, first, SEEK_SET) != first) {
+      throw std::runtime_error("the file is shorter");
+    }
+    const sf_count_t frames = info.frames - first;
+    std::vector<Value> values(static_cast<std::size_t>(frames * info.channels));
+    if (read(file, values.data(), frames) != frames) {
       throw std::runtime_error("the file gives out early");
     }
     return values;
@@ -77,6 +81,10 @@ Sound ReadSound(const std::string& path) {
   Reader reader(path);
   return {reader.info.samplerate, reader.info.channels, reader.info.format,
           reader.All<float>(::sf_readf_float)};
+}
+
+std::vector<float> ReadEnd(const std::string& path, std::int64_t first) {
+  return Reader(path).All<float>(::sf_readf_float, first);
 }
 
 std::vector<int> ReadIntegers(const std::string& path) {

@@ -2,6 +2,7 @@
 
 #include <sndfile.h>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,8 @@ void WriteSound(const std::string& path, const std::vector<float>& samples, int 
                 int channels = 1, int format = SF_FORMAT_WAV | SF_FORMAT_FLOAT);
 // Throws where the file cannot be read to its end.
 Sound ReadSound(const std::string& path);
+// What comes from frame `first` on, which is read alone.
+std::vector<float> ReadEnd(const std::string& path, std::int64_t first);
 // The samples as 32-bit integers, the file's bits uppermost.
 std::vector<int> ReadIntegers(const std::string& path);
 std::vector<double> ReadDoubles(const std::string& path);
