@@ -3,6 +3,7 @@
 #include <array>
 #include <ostream>
 #include <string>
+#include <string_view>
 
 #include "support/slots.h"
 
@@ -14,6 +15,10 @@ struct Kind {
   int slots;
 
   friend std::ostream& operator<<(std::ostream& out, const Kind& kind) { return out << kind.entry; }
+  // By the names: each file may have copies of its own of them.
+  friend bool operator==(const Kind& a, const Kind& b) {
+    return std::string_view(a.entry) == b.entry;
+  }
 };
 
 inline constexpr Kind SetTrack{"SetTrackI", 15};
