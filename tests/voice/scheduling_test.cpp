@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstdlib>
 #include <ostream>
 
 #include "voice/voice.h"
@@ -56,10 +57,12 @@ TEST_P(Scheduling, PlacesAWaitingEventInALaterCall) {
 }
 
 TEST_P(Scheduling, KeepsTheBlocksTimeBase) {
+  // The noise comes from the process's generator.
+  std::srand(5);
   const Samples whole = Rendered(GetParam().kind, Event(3000) + Event(3000), 8000);
-  if (GetParam().kind == support::FricSyn) return;  // its noise differs from run to run
   for (const int start : {1, 1000, 2400}) {
     Voice source(GetParam().kind, Event(3000) + Event(3000));
+    std::srand(5);
     const Samples later = source.Apply(Constant(8000 - start), start);
     EXPECT_TRUE(support::SameBits(later, Slice(whole, start, 8000 - start))) << start;
   }
