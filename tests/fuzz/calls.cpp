@@ -35,7 +35,7 @@ void SetSources(fuzz::Input& input, PlainHost& host) {
 }
 
 void Step(fuzz::Input& input, const support::Kind& kind, PlainHost& host, PlainFilter& filter,
-          bool& connected) {
+          bool& connected, fuzz::Allowance& allowance) {
   const bool pulls = connected || !hardening::NeedsSourceToPull(kind);
   switch (input.Int(0, 11)) {
     case 0:
@@ -65,7 +65,7 @@ void Step(fuzz::Input& input, const support::Kind& kind, PlainHost& host, PlainF
       if (hardening::Peeks(kind)) filter.Peek(input.Int(-100, 9000));
       break;
     default:
-      if (pulls) hardening::PullGuarded(filter, input.Int(0, 9000));
+      if (pulls) hardening::PullFromLiars(kind, filter, allowance.Of(input.Int(0, 9000)));
   }
 }
 
@@ -81,8 +81,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t cou
     if (input.Flag()) filter.Set_num_stream(&host.stream);
     if (input.Flag()) filter.Set_console_out(&host.console);
     bool connected = false;
+    fuzz::Allowance allowance = fuzz::Allowance::OfRun(count);
     for (int step = 0; step < 40 && !input.Empty(); ++step) {
-      Step(input, kind, host, filter, connected);
+      Step(input, kind, host, filter, connected, allowance);
     }
     EXPECT_EQ(filter.Release(), 0U);
   }

@@ -12,9 +12,9 @@ namespace {
 
 template <class Model>
 void Run(tracks::Twin<Model>& twin, fuzz::Input& input, const std::string& extension,
-         const std::string& text) {
+         const std::string& text, fuzz::Allowance allowance) {
   twin.Supply({{extension, text}});
-  fuzz::Live(twin, input, "take.wav", fuzz::Allowance(10000));
+  fuzz::Live(twin, input, "take.wav", allowance);
 }
 
 // The C library's generator with a state of its own: the model draws the numbers that the library
@@ -39,16 +39,17 @@ class Generator {
   random_data data{};
 };
 
-void RunFrication(fuzz::Input& input, const std::string& text) {
+void RunFrication(fuzz::Input& input, const std::string& text, fuzz::Allowance allowance) {
   Generator generator(7);
   tracks::Twin<reference::FricSyn> twin(support::FricSyn);
   twin.Reference().DrawFrom([&generator] { return generator.Next(); });
-  Run(twin, input, ".fla", text);
+  Run(twin, input, ".fla", text, allowance);
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t count) {
+  const fuzz::Allowance allowance = fuzz::Allowance::OfRun(count);
   fuzz::Input input(bytes, count);
   const int kind = input.Int(0, 2);
   const std::string story = input.Text();
@@ -56,12 +57,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t cou
   fuzz::Input steps(reinterpret_cast<const std::uint8_t*>(story.data()), story.size());
   if (kind == 0) {
     tracks::Twin<reference::GlotSyn> twin(support::GlotSyn);
-    Run(twin, steps, ".gpl", text);
+    Run(twin, steps, ".gpl", text, allowance);
   } else if (kind == 1) {
     tracks::Twin<reference::PulseSyn> twin(support::PulseSyn);
-    Run(twin, steps, ".gpm", text);
+    Run(twin, steps, ".gpm", text, allowance);
   } else {
-    RunFrication(steps, text);
+    RunFrication(steps, text, allowance);
   }
   return 0;
 }

@@ -83,11 +83,17 @@ class Input {
   const std::uint8_t* end;
 };
 
-// What one run may take. Each request may be of any size, as long as something is left for it: one
-// long pull is worth as much as a hundred, and the fuzzer learns from the number of runs.
+// What one run may take. Each request may be of any size, as long as something is left for it: the
+// fuzzer learns from the number of runs.
 class Allowance {
  public:
   explicit Allowance(std::int64_t most) : left(most) {}
+
+  // One input in thirty-two, by its size, goes past the 8192 samples of the library's buffers. For
+  // the others, some hundred are enough to come by every kind of event.
+  static Allowance OfRun(std::size_t inputSize) {
+    return Allowance(inputSize % 32 == 31 ? 10000 : 400);
+  }
 
   // The request, or what is left of it. What is 0 or below costs nothing.
   int Of(int wanted) {
@@ -95,6 +101,8 @@ class Allowance {
     left -= std::max(granted, 0);
     return granted;
   }
+
+  int Left() const { return static_cast<int>(left); }
 
  private:
   std::int64_t left;

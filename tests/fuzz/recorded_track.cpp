@@ -18,7 +18,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t cou
   // A track goes on for as long as it is asked, and each time round is a read: some rounds are
   // enough.
   const std::int64_t rounds = 20 + 2 * static_cast<std::int64_t>(values.size());
-  const fuzz::Allowance allowance(std::min<std::int64_t>(rounds, 10000));
+  const fuzz::Allowance allowance(
+      std::min<std::int64_t>(rounds, fuzz::Allowance::OfRun(count).Left()));
   fuzz::Live(twin, steps, folder.Path("take.wav"), allowance);
   return 0;
 }

@@ -7,10 +7,10 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t count) {
   fuzz::Input input(bytes, count);
   static const support::Samples noise = support::Noise(3000, 5);
-  const auto signal = [&input] {
-    return support::Samples(noise.begin(), noise.begin() + input.Int(0, 3000));
+  fuzz::Allowance allowance = fuzz::Allowance::OfRun(count);
+  const auto signal = [&input, most = std::min(allowance.Left(), 3000)] {
+    return support::Samples(noise.begin(), noise.begin() + input.Int(0, most));
   };
-  fuzz::Allowance allowance(5000);
   resample::Pair pair(reference::Walk::Jumps);
   pair.Set_param_list(input.Numbers(9));
   pair.Attach(signal());

@@ -5,11 +5,12 @@
 
 namespace fuzz {
 
-// A source of noise with deliveries, claims and an interval of the fuzzer's choice.
-inline tracks::SourceScript Source(Input& input, const std::string& path) {
+// A source of up to `most` samples of noise, with deliveries, claims and an interval of the
+// fuzzer's choice.
+inline tracks::SourceScript Source(Input& input, const std::string& path, int most) {
   static const support::Samples noise = support::Noise(6000, 3);
   tracks::SourceScript script;
-  script.samples.assign(noise.begin(), noise.begin() + input.Int(0, 6000));
+  script.samples.assign(noise.begin(), noise.begin() + input.Int(0, std::min(most, 6000)));
   script.interval_ms = input.Interval_ms();
   script.path = path;
   if (input.Flag()) script.deliver = support::InBlocksOf(input.Sizes(9000));
@@ -28,7 +29,7 @@ inline tracks::SourceScript Source(Input& input, const std::string& path) {
 template <class Model>
 void Live(tracks::Twin<Model>& twin, Input& input, const std::string& path, Allowance allowance) {
   for (int attachment = input.Int(1, 2); attachment > 0; --attachment) {
-    twin.Attach(Source(input, path));
+    twin.Attach(Source(input, path, allowance.Left()));
     if (input.Flag()) twin.GetDescriptor();
     for (int step = input.Int(0, 3); step > 0; --step) {
       if constexpr (requires { twin.Reference().Init(0.1); }) {

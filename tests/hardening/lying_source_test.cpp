@@ -41,16 +41,7 @@ struct Scene {
     }
   }
 
-  // A generator lets the source write into the caller's room: what a liar wrote there is beyond
-  // what is announced. The room itself is never left.
-  int Pull(int count) {
-    support::GuardedBuffer buffer(count);
-    const int produced = filter.Pull(buffer.data(), count);
-    EXPECT_GE(produced, 0);
-    EXPECT_LE(produced, std::max(count, 0));
-    buffer.CheckAfter(NeedsSourceToPull(kind) ? count : produced);
-    return produced;
-  }
+  int Pull(int count) { return PullFromLiars(kind, filter, count); }
 
   Kind kind;
   PlainHost host;

@@ -125,6 +125,15 @@ support::Samples PullGuarded(PlainFilter& filter, int count) {
   return buffer.First(produced);
 }
 
+int PullFromLiars(const Kind& kind, PlainFilter& filter, int count) {
+  support::GuardedBuffer buffer(count);
+  const int produced = filter.Pull(buffer.data(), count);
+  EXPECT_GE(produced, 0);
+  EXPECT_LE(produced, std::max(count, 0));
+  buffer.CheckAfter(NeedsSourceToPull(kind) ? count : produced);
+  return produced;
+}
+
 support::Samples PullToEnd(PlainFilter& filter, int count, int most) {
   support::Samples all;
   for (int empty = 0; !filter.EndOfSrc() && static_cast<int>(all.size()) < most;) {

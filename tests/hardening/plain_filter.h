@@ -52,6 +52,11 @@ class PlainFilter {
 // Pulls into a guarded buffer: nothing may be written but what is announced.
 support::Samples PullGuarded(PlainFilter& filter, int count);
 
+// The same from sources that may claim anything; returns how many samples were announced. A
+// generator lets its source write into the caller's room: what a liar wrote there may be more than
+// that. The room itself is never left.
+int PullFromLiars(const Kind& kind, PlainFilter& filter, int count);
+
 // Pulls `count` at a time until the end, or until `most` samples have come.
 support::Samples PullToEnd(PlainFilter& filter, int count, int most);
 
