@@ -7,6 +7,7 @@
 
 #include "reference/fir.h"
 #include "support/filter.h"
+#include "support/guarded_buffer.h"
 
 namespace {
 

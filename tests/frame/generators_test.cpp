@@ -8,6 +8,7 @@
 #include <limits>
 
 #include "support/filter.h"
+#include "support/guarded_buffer.h"
 
 namespace {
 

@@ -7,6 +7,7 @@
 #include "hardening/allocations.h"
 #include "hardening/plain_filter.h"
 #include "support/filter.h"
+#include "support/guarded_buffer.h"
 
 namespace hardening {
 namespace {
@@ -79,9 +80,9 @@ class Life {
     for (int pull = 0; pull < SignalLength / Block; ++pull) {
       const Stage stage = pull == 0 ? FirstPull : total < 6500 ? Middle : End;
       int came = 0;
+      support::GuardedBuffer buffer(Block);
       Let(stage, [&] { came = filter.Pull(buffer.data(), Block); });
       buffer.CheckAfter(came);
-      buffer = support::GuardedBuffer(Block);
       total += came;
     }
     Let(LettingGo, [&] { filter.Dispose(); });
@@ -118,7 +119,6 @@ class Life {
   Case life;
   Refusal& refusal;
   PlainHost host;
-  support::GuardedBuffer buffer{Block};
   unsigned failed = 0;
 };
 

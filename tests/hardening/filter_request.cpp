@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "hardening/plain_filter.h"
+#include "support/guarded_buffer.h"
 #include "support/temp_folder.h"
 
 namespace hardening {

@@ -10,6 +10,7 @@
 #include "hardening/allocations.h"
 #include "hardening/plain_filter.h"
 #include "support/filter.h"
+#include "support/guarded_buffer.h"
 
 namespace hardening {
 namespace {

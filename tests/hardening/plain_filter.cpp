@@ -4,6 +4,8 @@
 
 #include <stdexcept>
 
+#include "support/guarded_buffer.h"
+
 namespace hardening {
 namespace {
 

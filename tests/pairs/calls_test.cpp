@@ -6,6 +6,7 @@
 #include <new>
 
 #include "pairs/twin.h"
+#include "support/guarded_buffer.h"
 
 namespace {
 

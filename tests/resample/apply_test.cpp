@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "resample/settings.h"
+#include "support/guarded_buffer.h"
 
 namespace {
 

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "resample/settings.h"
+#include "support/guarded_buffer.h"
 
 namespace {
 

@@ -6,6 +6,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "support/guarded_buffer.h"
+
 namespace support {
 
 Filter::Filter(void* newObject, const Kind& newKind) : object(newObject), kind(newKind) {}

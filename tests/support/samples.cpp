@@ -9,9 +9,6 @@
 namespace support {
 namespace {
 
-// A signalling not-a-number: a quiet one would come through additions and products unchanged.
-constexpr std::uint32_t Canary = 0x7F80CAFEU;
-
 std::string Shown(const Samples& samples, std::size_t index) {
   if (index >= samples.size()) {
     return "nothing";
@@ -82,26 +79,6 @@ Samples Slice(const Samples& samples, int first, int count) {
     slice.push_back(inside ? samples[static_cast<std::size_t>(i)] : 0.0F);
   }
   return slice;
-}
-
-GuardedBuffer::GuardedBuffer(int room)
-    : count(std::max(room, 0)),
-      cells(static_cast<std::size_t>(count + 2 * Guard), std::bit_cast<float>(Canary)) {}
-
-Samples GuardedBuffer::First(int produced) const {
-  return {cells.begin() + Guard, cells.begin() + Guard + std::clamp(produced, 0, count)};
-}
-
-void GuardedBuffer::CheckAfter(int produced) const {
-  const int size = static_cast<int>(cells.size());
-  for (int i = 0; i < size; ++i) {
-    const bool written = i >= Guard && i < Guard + std::min(produced, count);
-    if (!written && std::bit_cast<std::uint32_t>(cells[static_cast<std::size_t>(i)]) != Canary) {
-      ADD_FAILURE() << "sample " << i - Guard << " was written: the room has " << count
-                    << " samples and " << produced << " were announced";
-      return;
-    }
-  }
 }
 
 }  // namespace support

@@ -29,21 +29,4 @@ Samples operator+(const Samples& head, const Samples& tail);
 // samples[first, first + count), with zeros where there are none.
 Samples Slice(const Samples& samples, int first, int count);
 
-// Room for `count` samples between two guard zones, all set to one bit pattern. Nothing may write
-// outside the room, and CheckAfter(produced) fails the test where anything beyond the first
-// `produced` samples changed either.
-class GuardedBuffer {
- public:
-  explicit GuardedBuffer(int room);
-
-  float* data() { return cells.data() + Guard; }
-  Samples First(int produced) const;
-  void CheckAfter(int produced) const;
-
- private:
-  static constexpr int Guard = 64;
-  int count;
-  Samples cells;
-};
-
 }  // namespace support

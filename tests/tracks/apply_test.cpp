@@ -5,6 +5,7 @@
 #include "reference/beam_data.h"
 #include "reference/beam_pel.h"
 #include "support/filter.h"
+#include "support/guarded_buffer.h"
 #include "support/temp_folder.h"
 #include "tracks/pellet_text.h"
 #include "tracks/twin.h"

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "support/filter.h"
+#include "support/guarded_buffer.h"
 #include "tracks/model_host.h"
 
 namespace tracks {

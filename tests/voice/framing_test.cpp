@@ -9,6 +9,7 @@
 #include "reference/fric_syn.h"
 #include "reference/glot_syn.h"
 #include "reference/pulse_syn.h"
+#include "support/guarded_buffer.h"
 #include "support/temp_folder.h"
 #include "tracks/twin.h"
 #include "voice/random_numbers.h"

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "support/guarded_buffer.h"
+
 namespace voice {
 
 std::string Line(const std::vector<double>& numbers, const std::vector<float>& ratios) {
