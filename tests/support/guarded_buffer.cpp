@@ -1,6 +1,7 @@
 #include "support/guarded_buffer.h"
 
 #include <sys/mman.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -23,7 +24,7 @@ namespace {
 // A signalling not-a-number: a quiet one would come through additions and products unchanged.
 constexpr std::uint32_t Canary = 0x7F80CAFEU;
 constexpr int Zone = 64;
-constexpr std::size_t PageSize = 4096;
+const auto PageSize = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
 
 bool IsCanary(float value) { return std::bit_cast<std::uint32_t>(value) == Canary; }
 
