@@ -1,5 +1,6 @@
 #include "support/guarded_buffer.h"
 
+#include <sanitizer/asan_interface.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -10,13 +11,9 @@
 #include <new>
 #include <utility>
 
-// AddressSanitizer's, where the program has it.
-extern "C" {
-__attribute__((weak)) void __asan_poison_memory_region(const volatile void* begin,
-                                                       std::size_t size);
-__attribute__((weak)) void __asan_unpoison_memory_region(const volatile void* begin,
-                                                         std::size_t size);
-}
+// They are there where the program has AddressSanitizer.
+#pragma weak __asan_poison_memory_region
+#pragma weak __asan_unpoison_memory_region
 
 namespace support {
 namespace {
