@@ -27,13 +27,20 @@ constexpr const char* Failed = "failed";
 
 double Seconds(Clock::duration time) { return std::chrono::duration<double>(time).count(); }
 
+// Made member by member: a list in braces whose memory runs out half-way is lost.
 Object FileJson(const BatchFile& file, const char* status, ExitStatus exitStatus) {
-  return {{"input", file.input}, {"output", file.output},
-          {"status", status},    {"exit_status", static_cast<int>(exitStatus)},
-          {"seconds", 0.0},      {"samples", nullptr},
-          {"peak", nullptr},     {"nan", nullptr},
-          {"infinite", nullptr}, {"warnings", Object::array()},
-          {"error", nullptr}};
+  Object json = Object::object();
+  json["input"] = file.input;
+  json["output"] = file.output;
+  json["status"] = status;
+  json["exit_status"] = static_cast<int>(exitStatus);
+  json["seconds"] = 0.0;
+  for (const char* const open : {"samples", "peak", "nan", "infinite"}) {
+    json[open] = nullptr;
+  }
+  json["warnings"] = Object::array();
+  json["error"] = nullptr;
+  return json;
 }
 
 Object FailureJson(const BatchFile& file, ExitStatus status, const std::string& message) {

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <limits>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "host/text.h"
 
@@ -31,6 +32,8 @@ std::string LimitsText(const Parameter& parameter) {
   }
   return high ? fmt::format("{} or less", NumberText(parameter.maximum)) : "any value";
 }
+
+// Objects are made member by member here: a list in braces whose memory runs out half-way is lost.
 
 Json Limit(double value) { return std::isfinite(value) ? Json(value) : Json(nullptr); }
 
@@ -149,12 +152,19 @@ Json InfoJson(const FilterKind& kind, bool available) {
   }
   json["host_arguments"] = Json::array();
   for (const HostArgument& own : kind.hostArguments) {
-    json["host_arguments"].push_back(
-        {{"name", own.name}, {"value", own.value}, {"required", own.required}, {"help", own.help}});
+    Json argument = Json::object();
+    argument["name"] = own.name;
+    argument["value"] = own.value;
+    argument["required"] = own.required;
+    argument["help"] = own.help;
+    json["host_arguments"].push_back(std::move(argument));
   }
   json["data_files"] = Json::array();
   for (const DataFile& file : kind.dataFiles) {
-    json["data_files"].push_back({{"name", file.name}, {"content", file.content}});
+    Json dataFile = Json::object();
+    dataFile["name"] = file.name;
+    dataFile["content"] = file.content;
+    json["data_files"].push_back(std::move(dataFile));
   }
   return json;
 }

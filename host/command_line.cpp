@@ -20,6 +20,7 @@
 #include "host/input_options.h"
 #include "host/interrupt.h"
 #include "host/man_page.h"
+#include "host/out_of_memory.h"
 #include "host/output_options.h"
 #include "host/plot_command.h"
 #include "host/print.h"
@@ -73,14 +74,6 @@ void AddRun(CLI::App& app, RunRequest& request) {
     TakeFiles(*in, *out, request);
     Run(request);
   });
-}
-
-// In one piece, without asking for memory.
-void ReportOutOfMemory() {
-  constexpr std::string_view Line =
-      "wavechain: out of memory; no output was left unfinished. End other programs, or give it a "
-      "shorter recording or a simpler chain\n";
-  WriteAll(STDERR_FILENO, Line.data(), Line.size());
 }
 
 void Report(std::string_view message) {
@@ -147,9 +140,9 @@ void Understand(CLI::App& app, int argc, const char* const* argv) {
   } catch (const CLI::CallForAllHelp&) {
     // Parsed, the program would tell of the command that asked.
     app.clear();
-    Print(app.help());
+    PrintStreamed(app.help());
   } catch (const CLI::Success&) {
-    Print(app.help());
+    PrintStreamed(app.help());
   } catch (const CLI::ExtrasError&) {
     RefuseExtras(app);
   } catch (const CLI::ParseError& error) {
@@ -181,6 +174,7 @@ std::string Generated(const CLI::App& app, const std::string& form) {
 
 int CommandLine(int argc, const char* const* argv) {
   CatchInterrupts();
+  const LackOfMemory watch;
   RunRequest run;
   BatchRequest batch;
   InfoCommand info;
@@ -210,7 +204,7 @@ int CommandLine(int argc, const char* const* argv) {
         "3 output could not be written, 130 interrupted. diff has statuses of its own.");
     // Hidden: for the build.
     app.add_option_function<std::string>(
-           "--generate", [&app](const std::string& form) { Print(Generated(app, form)); })
+           "--generate", [&app](const std::string& form) { PrintStreamed(Generated(app, form)); })
         ->expected(0, 1)
         ->group("");
     Understand(app, argc, argv);

@@ -69,6 +69,8 @@ void Compare(Findings& findings) {
   } while (findings.a.came > 0 || findings.b.came > 0);
 }
 
+// Objects are made member by member here: a list in braces whose memory runs out half-way is lost.
+
 // JSON knows no infinity.
 Json Number(double value) {
   if (std::isfinite(value)) {
@@ -79,37 +81,42 @@ Json Number(double value) {
 
 Json SideJson(const Side& side, double rms) {
   const std::optional<double> rate = side.reader->Rate();
-  return {{"file", side.reader->Name()},
-          {"length", side.length},
-          {"channels", side.reader->Channels()},
-          {"rate_hz", rate ? Number(*rate) : Json(nullptr)},
-          {"rms", Number(rms)}};
+  Json json = Json::object();
+  json["file"] = side.reader->Name();
+  json["length"] = side.length;
+  json["channels"] = side.reader->Channels();
+  json["rate_hz"] = rate ? Number(*rate) : Json(nullptr);
+  json["rms"] = Number(rms);
+  return json;
 }
 
 Json PlaceJson(const std::optional<Difference>& place, std::optional<double> rate) {
   if (!place) {
     return nullptr;
   }
-  return {{"sample", place->frame},
-          {"channel", place->channel + 1},
-          {"time_s", rate ? Json(static_cast<double>(place->frame) / *rate) : Json(nullptr)},
-          {"a", Number(place->a)},
-          {"b", Number(place->b)},
-          {"difference", Number(place->Size())}};
+  Json json = Json::object();
+  json["sample"] = place->frame;
+  json["channel"] = place->channel + 1;
+  json["time_s"] = rate ? Json(static_cast<double>(place->frame) / *rate) : Json(nullptr);
+  json["a"] = Number(place->a);
+  json["b"] = Number(place->b);
+  json["difference"] = Number(place->Size());
+  return json;
 }
 
 std::string JsonText(const Findings& f, double tolerance) {
   const std::optional<double> rate = f.a.reader->Rate();
-  const Json json = {{"same", f.Same()},
-                     {"a", SideJson(f.a, f.samples.RmsA())},
-                     {"b", SideJson(f.b, f.samples.RmsB())},
-                     {"tolerance", tolerance},
-                     {"compared", f.samples.Samples()},
-                     {"differing", f.samples.Differing()},
-                     {"one_sided_nan", f.samples.OneSided()},
-                     {"rms_difference", Number(f.samples.RmsDifference())},
-                     {"greatest", PlaceJson(f.samples.Greatest(), rate)},
-                     {"first", PlaceJson(f.samples.First(), rate)}};
+  Json json = Json::object();
+  json["same"] = f.Same();
+  json["a"] = SideJson(f.a, f.samples.RmsA());
+  json["b"] = SideJson(f.b, f.samples.RmsB());
+  json["tolerance"] = tolerance;
+  json["compared"] = f.samples.Samples();
+  json["differing"] = f.samples.Differing();
+  json["one_sided_nan"] = f.samples.OneSided();
+  json["rms_difference"] = Number(f.samples.RmsDifference());
+  json["greatest"] = PlaceJson(f.samples.Greatest(), rate);
+  json["first"] = PlaceJson(f.samples.First(), rate);
   return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 

@@ -17,8 +17,11 @@ void InfoCommand::List() const {
   std::string text;
   for (const FilterKind& kind : Catalogue()) {
     const bool available = loaded.Has(kind);
-    text += ListLine(kind, available);
-    all.push_back(InfoJson(kind, available));
+    if (json) {
+      all.push_back(InfoJson(kind, available));
+    } else {
+      text += ListLine(kind, available);
+    }
   }
   Print(json ? all.dump(2) + "\n" : text);
 }
@@ -43,7 +46,7 @@ void InfoCommand::Help(const CLI::App& app) const {
   std::vector<std::string_view> topics;
   for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
     if (command->get_name() == topic) {
-      Print(command->help(app.get_name()));
+      PrintStreamed(command->help(app.get_name()));
       return;
     }
     topics.push_back(command->get_name());

@@ -79,8 +79,7 @@ void RemoveLeftovers(const std::string& folder) {
   }
 }
 
-BatchScratch::BatchScratch() {
-  const std::string parent = TemporaryFolder();
+BatchScratch::BatchScratch() : parent(TemporaryFolder()) {
   RemoveScratch(parent);
   bool taken = true;
   while (taken) {
@@ -100,9 +99,8 @@ BatchScratch::BatchScratch() {
 }
 
 BatchScratch::~BatchScratch() {
-  std::error_code ignored;
-  fs::remove_all(folder, ignored);
-  ::setenv("TMPDIR", fs::path(folder).parent_path().c_str(), 1);
+  RemoveWithContents(folder);
+  ::setenv("TMPDIR", parent.c_str(), 1);
 }
 
 }  // namespace wavechain

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "host/file.h"
+#include "host/unfinished.h"
 
 namespace wavechain {
 
@@ -24,7 +25,9 @@ class BatchScratch {
   BatchScratch& operator=(const BatchScratch&) = delete;
 
  private:
+  std::string parent;
   std::string folder;
+  TemporaryPath abandoned{folder};
   File lock;  // children share it
 };
 

@@ -13,6 +13,18 @@
 #include "host/npy_writer.h"
 
 namespace wavechain {
+namespace {
+
+// The errno value of what went wrong. Where libarchive names none it is memory that it lacked.
+int ErrorOf(archive* zip) {
+  const int error = ::archive_errno(zip);
+  if (error == 0 || error == ENOMEM) {
+    throw std::bad_alloc();
+  }
+  return error;
+}
+
+}  // namespace
 
 NpzWriter::NpzWriter(int fileDescriptor, std::string fileName, Table described)
     : TableWriter(fileDescriptor, std::move(fileName), std::move(described)) {
@@ -61,7 +73,7 @@ void NpzWriter::Close() {
   }
   ::archive_write_zip_set_compression_store(zip.get());
   if (::archive_write_open_fd(zip.get(), Descriptor()) != ARCHIVE_OK) {
-    Refuse(::archive_errno(zip.get()));
+    Refuse(ErrorOf(zip.get()));
   }
   for (const Member& member : members) {
     Store(zip.get(), member);
@@ -74,7 +86,7 @@ void NpzWriter::Close() {
     StoreText(zip.get(), "record.json", table.comment);
   }
   if (::archive_write_close(zip.get()) != ARCHIVE_OK) {
-    Refuse(::archive_errno(zip.get()));
+    Refuse(ErrorOf(zip.get()));
   }
 }
 
@@ -114,13 +126,13 @@ void NpzWriter::Begin(archive* zip, const std::string& member, std::int64_t size
   // The same table always gives the same bytes.
   ::archive_entry_set_mtime(entry.get(), 0, 0);
   if (::archive_write_header(zip, entry.get()) != ARCHIVE_OK) {
-    Refuse(::archive_errno(zip));
+    Refuse(ErrorOf(zip));
   }
 }
 
 void NpzWriter::Continue(archive* zip, const void* bytes, std::size_t count) const {
   if (::archive_write_data(zip, bytes, count) != static_cast<la_ssize_t>(count)) {
-    Refuse(::archive_errno(zip));
+    Refuse(ErrorOf(zip));
   }
 }
 

@@ -11,6 +11,7 @@
 
 #include "host/failure.h"
 #include "host/interrupt.h"
+#include "host/unfinished.h"
 
 namespace wavechain {
 namespace {
@@ -146,6 +147,7 @@ class FileBeside final : public OutputFile {
 
   std::string target;
   std::string temporary;
+  TemporaryPath abandoned{temporary};
   bool replace;
   File file;
   File lock;  // the same file: the lock must outlast the temporary name

@@ -206,9 +206,11 @@ std::string Plot(const PlotRequest& request) {
   const Layout layout = LayOut(maker.Plans(size ? size->width : DefaultWidth), size);
   PullAll(subjects, maker, layout, readings, request.seed, log);
   const std::vector<Panel> panels = maker.Make(layout);
+  // Behind the picture there is nothing to fail.
+  std::string described = request.layout ? DescribeLayout(panels, layout) : "";
   WritePicture(target, titles.front(), panels, layout,
                RecordOfSubjects(request, target, library, readings.File(), subjects), log);
-  return request.layout ? DescribeLayout(panels, layout) : "";
+  return described;
 }
 
 }  // namespace wavechain

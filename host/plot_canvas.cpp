@@ -12,6 +12,7 @@
 #include <numbers>
 
 #include "host/failure.h"
+#include "host/out_of_memory.h"
 #include "host/picture_comment.h"
 #include "host/plot_label.h"
 
@@ -62,8 +63,28 @@ void BlankDate(std::string& pdf) {
 // Cairo ends all drawing at a byte that is no UTF-8; a line end has no shape.
 std::string Shown(std::string_view text) { return OneLine(ValidUtf8(text)); }
 
+constinit bool fontsAreLoaded = false;
+constinit bool hasFailed = false;
+
+// Where memory runs out as fontconfig loads its configuration by itself, it tries again for ever.
+void LoadFonts() {
+  if (fontsAreLoaded) {
+    return;
+  }
+  FcConfig* const fonts = ::FcInitLoadConfigAndFonts();
+  if (fonts == nullptr) {
+    throw std::bad_alloc();
+  }
+  fontsAreLoaded = ::FcConfigSetCurrent(fonts) != FcFalse;
+  ::FcConfigDestroy(fonts);  // it is held as the current one
+  if (!fontsAreLoaded) {
+    throw std::bad_alloc();
+  }
+}
+
 // The same letters whatever the desktop's settings: they shape the pixels.
 void UseFont(cairo_t* context, bool bold) {
+  LoadFonts();
   ::cairo_select_font_face(context, "DejaVu Sans", CAIRO_FONT_SLANT_NORMAL,
                            bold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
   ::cairo_set_font_size(context, FontSize);
@@ -75,9 +96,20 @@ void UseFont(cairo_t* context, bool bold) {
   ::cairo_font_options_destroy(options);
 }
 
+// Cairo notes a failure and draws no more.
+void RequireDrawn(cairo_status_t status) {
+  // Of all that libpng can fail for, there is nothing but want of memory here.
+  const cairo_status_t why = status == CAIRO_STATUS_PNG_ERROR ? CAIRO_STATUS_NO_MEMORY : status;
+  if (why != CAIRO_STATUS_SUCCESS) {
+    hasFailed = true;
+    Fail(ExitStatus::Output, "the picture cannot be drawn: {}", ::cairo_status_to_string(why));
+  }
+}
+
 double Advance(cairo_t* context, const std::string& text) {
   cairo_text_extents_t extents = {};
   ::cairo_text_extents(context, text.c_str(), &extents);
+  RequireDrawn(::cairo_status(context));
   return extents.x_advance;
 }
 
@@ -89,9 +121,14 @@ void SetColour(cairo_t* context, Colour colour) {
 }  // namespace
 
 Drawing::~Drawing() {
+  // What was lost on the way, for want of memory, they would abort over.
+  if (hasFailed || MemoryHasFailed()) {
+    return;
+  }
   // In this order: cairo holds fonts of fontconfig's.
   ::cairo_debug_reset_static_data();
   ::FcFini();
+  fontsAreLoaded = false;
 }
 
 PictureFormat ChoosePictureFormat(const std::string& path, const std::optional<std::string>& name) {
@@ -176,6 +213,7 @@ void Canvas::Frame(const Box& box, Colour colour) {
 void Canvas::Image(const Box& box, const Raster& raster) {
   const std::unique_ptr<cairo_surface_t, Release> image(
       ::cairo_image_surface_create(CAIRO_FORMAT_RGB24, raster.columns, raster.rows));
+  RequireDrawn(::cairo_surface_status(image.get()));
   unsigned char* const data = ::cairo_image_surface_get_data(image.get());
   if (data == nullptr) {
     return;
@@ -237,9 +275,7 @@ std::string Canvas::Finish(const std::string& comment) {
   if (status == CAIRO_STATUS_SUCCESS) {
     status = ::cairo_surface_status(surface.get());
   }
-  if (status != CAIRO_STATUS_SUCCESS) {
-    Fail(ExitStatus::Output, "the picture cannot be drawn: {}", ::cairo_status_to_string(status));
-  }
+  RequireDrawn(status);
   if (format == PictureFormat::Pdf) {
     BlankDate(*bytes);
   } else if (!comment.empty()) {

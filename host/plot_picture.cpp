@@ -4,6 +4,7 @@
 #include "host/interrupt.h"
 #include "host/output_file.h"
 #include "host/plot_drawing.h"
+#include "host/run_steps.h"
 
 namespace wavechain {
 
@@ -19,9 +20,11 @@ void WritePicture(const PictureTarget& target, const std::string& title,
     Fail(ExitStatus::Output, "{}: cannot be written: {}", output->Name(), SystemText(error));
   }
   output->Commit();
-  log.Report(fmt::format("write  {}: {}, {} x {} {}", output->Name(), NameOf(target.format),
-                         layout.size.width, layout.size.height,
-                         target.format == PictureFormat::Pdf ? "points" : "pixels"));
+  Mention(log, [&] {
+    return fmt::format("write  {}: {}, {} x {} {}", output->Name(), NameOf(target.format),
+                       layout.size.width, layout.size.height,
+                       target.format == PictureFormat::Pdf ? "points" : "pixels");
+  });
 }
 
 }  // namespace wavechain

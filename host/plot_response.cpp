@@ -179,8 +179,10 @@ std::string PlotResponse(const PlotRequest& request) {
   PlotRequest measured = request;
   measured.rate = rate;
   const std::string record = PictureRecordText(measured, target, library, nullptr, drawn, {});
+  // Behind the picture there is nothing to fail.
+  std::string described = request.layout ? DescribeLayout(panels, layout) : "";
   WritePicture(target, title, panels, layout, record, log);
-  return request.layout ? DescribeLayout(panels, layout) : "";
+  return described;
 }
 
 }  // namespace wavechain

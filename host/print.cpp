@@ -5,6 +5,7 @@
 #include "host/failure.h"
 #include "host/file.h"
 #include "host/interrupt.h"
+#include "host/out_of_memory.h"
 
 namespace wavechain {
 
@@ -13,6 +14,11 @@ void Print(const std::string& text) {
     StopIfInterrupted();
     Fail(ExitStatus::Output, "standard output: cannot be written: {}", SystemText(error));
   }
+}
+
+void PrintStreamed(const std::string& text) {
+  RequireMemory();
+  Print(text);
 }
 
 }  // namespace wavechain

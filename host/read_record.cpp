@@ -28,7 +28,12 @@ constexpr std::string_view RecordStart = "{\"wavechain\":";
 std::string SoundComment(int descriptor) {
   ::lseek(descriptor, 0, SEEK_SET);
   SF_INFO info = {};
+  // Where it finds no memory for the comment, it is silent about that.
+  errno = 0;
   const SoundFile sound(descriptor, SFM_READ, info);
+  if (errno == ENOMEM) {
+    throw std::bad_alloc();
+  }
   const char* comment =
       sound.Get() == nullptr ? nullptr : ::sf_get_string(sound.Get(), SF_STR_COMMENT);
   return comment == nullptr ? "" : comment;
@@ -50,8 +55,19 @@ std::string SsffComment(int descriptor) {
   return "";
 }
 
+// That there is no such member would not be true.
+void RequireMemory(archive* zip) {
+  if (::archive_errno(zip) == ENOMEM) {
+    throw std::bad_alloc();
+  }
+}
+
 // A member of a file of arrays; nothing in other files.
 std::string NpzComment(int descriptor) {
+  constexpr std::string_view Magic = "PK";
+  if (ReadPart(descriptor, 0, Magic.size()) != Magic) {
+    return "";
+  }
   const std::unique_ptr<archive, decltype(&::archive_read_free)> zip(::archive_read_new(),
                                                                      &::archive_read_free);
   constexpr std::size_t BlockBytes = 1 << 16;
@@ -60,6 +76,7 @@ std::string NpzComment(int descriptor) {
   }
   ::lseek(descriptor, 0, SEEK_SET);
   if (::archive_read_open_fd(zip.get(), descriptor, BlockBytes) != ARCHIVE_OK) {
+    RequireMemory(zip.get());
     return "";
   }
   archive_entry* entry = nullptr;
@@ -70,9 +87,11 @@ std::string NpzComment(int descriptor) {
       std::string text(WholeLimit, '\0');
       const la_ssize_t came = ::archive_read_data(zip.get(), text.data(), text.size());
       text.resize(static_cast<std::size_t>(std::max<la_ssize_t>(came, 0)));
+      RequireMemory(zip.get());
       return text;
     }
   }
+  RequireMemory(zip.get());
   return "";
 }
 

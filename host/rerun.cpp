@@ -4,19 +4,23 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <new>
 #include <utility>
 
 #include "host/failure.h"
 #include "host/file.h"
 #include "host/filter_library.h"
+#include "host/out_of_memory.h"
 #include "host/plot.h"
 #include "host/provenance.h"
 #include "host/run.h"
 #include "host/sha256.h"
+#include "host/unfinished.h"
 
 namespace wavechain {
 namespace {
@@ -33,10 +37,7 @@ class ScratchFolder {
            TemporaryFolder(), SystemText(error));
     }
   }
-  ~ScratchFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(folder, ignored);
-  }
+  ~ScratchFolder() { RemoveWithContents(folder); }
   ScratchFolder(const ScratchFolder&) = delete;
   ScratchFolder& operator=(const ScratchFolder&) = delete;
 
@@ -44,6 +45,7 @@ class ScratchFolder {
 
  private:
   std::string folder;
+  TemporaryPath abandoned{folder};
 };
 
 std::string Absolute(const std::string& path) {
@@ -180,8 +182,12 @@ void Make(const Provenance& record, const RerunRequest& request, const std::stri
 
 // The first byte at which two files differ; nothing where they do not.
 std::optional<std::int64_t> FirstDifference(const std::string& one, const std::string& other) {
+  errno = 0;
   std::ifstream a(one, std::ios::binary);
   std::ifstream b(other, std::ios::binary);
+  if (!(a.is_open() && b.is_open()) && errno == ENOMEM) {
+    throw std::bad_alloc();
+  }
   const std::istreambuf_iterator<char> end;
   std::int64_t at = 0;
   std::istreambuf_iterator<char> fromA(a);
@@ -195,7 +201,9 @@ std::optional<std::int64_t> FirstDifference(const std::string& one, const std::s
 }
 
 void RequireEqual(const std::string& file, const std::string& made) {
-  if (const std::optional<std::int64_t> at = FirstDifference(file, made)) {
+  const std::optional<std::int64_t> at = FirstDifference(file, made);
+  RequireMemory();
+  if (at) {
     Fail(ExitStatus::Input, "{}: is not what its record makes: they differ from byte {} on", file,
          *at);
   }

@@ -34,8 +34,8 @@ SignalFolder::SignalFolder() {
 }
 
 SignalFolder::~SignalFolder() {
-  // Its files by their names, which are known: looking them up would take memory, of which there
-  // may be none.
+  // Its files by their names, which are known: looking them up would take memory or a descriptor,
+  // of which there may be none.
   for (const std::string& file : made) {
     ::unlink(file.c_str());
   }

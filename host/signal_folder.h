@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "host/unfinished.h"
+
 namespace wavechain {
 
 /// A folder of symbolic links under which filters find exactly the data files that they are
@@ -35,6 +37,7 @@ class SignalFolder {
   void Link(const std::string& link, const std::string& file);
 
   std::string folder;
+  TemporaryPath abandoned{folder};
   std::vector<std::string> made;  // what lies in it
 };
 

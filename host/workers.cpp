@@ -29,6 +29,10 @@ namespace {
 }
 
 std::string EndText(int status) {
+  // Its work may end in nothing but a text; it is LackOfMemory that ends the process.
+  if (WIFEXITED(status) && WEXITSTATUS(status) == static_cast<int>(ExitStatus::Input)) {
+    return "out of memory";
+  }
   if (WIFSIGNALED(status)) {
     return fmt::format("its process was ended by signal {} ({})", WTERMSIG(status),
                        ::strsignal(WTERMSIG(status)));
@@ -38,12 +42,14 @@ std::string EndText(int status) {
 
 }  // namespace
 
-Workers::~Workers() {
+Workers::~Workers() { Workers::Abandon(); }
+
+void Workers::Abandon() noexcept {
   Stop();
   for (Worker& worker : running) {
     // What it still has to say is not waited for.
     worker.pipe.Close();
-    End(worker);
+    Reap(worker);
   }
 }
 
@@ -55,6 +61,8 @@ void Workers::Start(std::size_t number, const std::function<std::string()>& work
   File reading(ends[0]);
   const File writing(ends[1]);
   const pid_t parent = ::getpid();
+  // A process that is not noted would outlive this object.
+  running.reserve(running.size() + 1);
   const pid_t process = ::fork();
   if (process < 0) {
     Fail(ExitStatus::Input, "no other process can be started: {}; use fewer --jobs",
@@ -85,7 +93,9 @@ std::vector<Workers::Answer> Workers::Wait(int milliseconds) {
     if (came > 0) {
       running[i].text.append(block.data(), static_cast<std::size_t>(came));
     } else if (came == 0 || errno != EINTR) {
-      answers.push_back(End(running[i]));
+      Worker& ended = running[i];
+      const int status = Reap(ended);
+      answers.push_back({ended.number, std::move(ended.text), EndText(status)});
       running.erase(running.begin() + static_cast<std::ptrdiff_t>(i));
     }
   }
@@ -94,15 +104,19 @@ std::vector<Workers::Answer> Workers::Wait(int milliseconds) {
 
 void Workers::Stop() const {
   for (const Worker& worker : running) {
-    ::kill(worker.process, SIGTERM);
+    if (worker.process > 0) {
+      ::kill(worker.process, SIGTERM);
+    }
   }
 }
 
-Workers::Answer Workers::End(Worker& worker) {
+// Once it is gone, its number may be another's.
+int Workers::Reap(Worker& worker) noexcept {
+  const pid_t process = std::exchange(worker.process, -1);
   int status = 0;
-  while (::waitpid(worker.process, &status, 0) < 0 && errno == EINTR) {
+  while (process > 0 && ::waitpid(process, &status, 0) < 0 && errno == EINTR) {
   }
-  return {worker.number, std::move(worker.text), EndText(status)};
+  return status;
 }
 
 }  // namespace wavechain

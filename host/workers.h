@@ -9,12 +9,13 @@
 #include <vector>
 
 #include "host/file.h"
+#include "host/unfinished.h"
 
 namespace wavechain {
 
 /// Pieces of work, each done in a process of its own, a copy of this one, which hands back a text.
 /// None outlives this process, however that ends.
-class Workers {
+class Workers final : private Unfinished {
  public:
   /// What one of them came to.
   struct Answer {
@@ -46,7 +47,8 @@ class Workers {
     std::string text;
   };
 
-  static Answer End(Worker& worker);
+  void Abandon() noexcept override;
+  static int Reap(Worker& worker) noexcept;
 
   std::vector<Worker> running;
 };

@@ -32,7 +32,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-// A process that needs longer hangs, and is ended by the signal.
+// A process that needs longer hangs, and is ended by the signal, which also tells where.
 constexpr unsigned Patience_s = 300;
 
 // Root reads everything; this process shall be refused what others are.
@@ -78,12 +78,14 @@ void TellWhere() {
   static hardening::Trace refused = {};
   static hardening::Trace here = {};
   refused = hardening::LastRefusal();  // dprintf() asks for memory, too
-  ::backtrace(here.data(), static_cast<int>(here.size()));
   const char* const path = std::getenv("ENDED_AT");
   const int file = path == nullptr ? -1 : ::open(path, O_WRONLY | O_CREAT | O_TRUNC, 0600);
   if (file >= 0) {
     Write(file, "refused", refused);
+    // Where a jump has spoiled the stack, it ends here.
+    ::backtrace(here.data(), static_cast<int>(here.size()));
     Write(file, "ended", here);
+    ::close(file);
   }
 }
 
@@ -96,6 +98,25 @@ void TellWhere() {
 void TellOfCrash(int signal) {
   TellWhere();
   std::signal(signal, SIG_DFL);
+}
+
+// The stack itself may be what is spoilt.
+void WatchForCrashes() {
+  static std::array<char, 1 << 16> stack = {};
+  const stack_t other = {stack.data(), 0, stack.size()};
+  ::sigaltstack(&other, nullptr);
+  struct sigaction action = {};
+  action.sa_handler = TellOfCrash;
+  action.sa_flags = SA_ONSTACK;
+  ::sigaction(SIGSEGV, &action, nullptr);
+  ::sigaction(SIGABRT, &action, nullptr);
+}
+
+[[noreturn]] void TellOfHang(int signal) {
+  TellWhere();
+  std::signal(signal, SIG_DFL);
+  ::raise(signal);
+  ::_exit(1);  // it is blocked while it is handled
 }
 
 Json PathOf(const hardening::Trace& trace) {
@@ -118,13 +139,19 @@ Json PathsOfKept() {
   return paths;
 }
 
-// A descriptor of the process, led to a file in memory until the end of the scope.
+// A file in memory, of a name that faults may tell; with a path that one, which outlasts the
+// process.
+int CaptureFile(int captured, const char* path) {
+  const std::string name = "captured-" + std::to_string(captured);
+  return path == nullptr ? ::memfd_create(name.c_str(), MFD_CLOEXEC)
+                         : ::open(path, O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+}
+
+// A descriptor of the process, led to a file until the end of the scope.
 class Captured {
  public:
-  explicit Captured(int captured)
-      : descriptor(captured),
-        kept(::dup(captured)),
-        file(::memfd_create(("captured-" + std::to_string(captured)).c_str(), MFD_CLOEXEC)) {
+  explicit Captured(int captured, const char* path = nullptr)
+      : descriptor(captured), kept(::dup(captured)), file(CaptureFile(captured, path)) {
     ::dup2(file, descriptor);
   }
   ~Captured() { Restore(); }
@@ -132,6 +159,7 @@ class Captured {
   Captured& operator=(const Captured&) = delete;
 
   std::string Text() {
+    std::fflush(stdout);
     std::fflush(stderr);
     Restore();
     const off_t size = ::lseek(file, 0, SEEK_END);
@@ -199,7 +227,8 @@ Outcome Run(const std::vector<std::string>& arguments, const Json& request) {
   hardening::SetFault(fault);
   const long before = hardening::LiveBlocks();
   try {
-    const hardening::Shortage shortage(refused, fromThereOn, request.value("trace", false));
+    const hardening::Shortage shortage(refused, fromThereOn, request.value("trace", false),
+                                       request.value("tell", false) ? TellWhere : nullptr);
     outcome.status = wavechain::CommandLine(static_cast<int>(argv.size()), argv.data());
     outcome.asked = hardening::Shortage::Asked();
   } catch (...) {
@@ -212,7 +241,7 @@ Outcome Run(const std::vector<std::string>& arguments, const Json& request) {
 
 Json AnswerCommand(const Json& request) {
   Captured out(STDOUT_FILENO);
-  Captured err(STDERR_FILENO);
+  Captured err(STDERR_FILENO, std::getenv("ERR_AT"));
   ::alarm(Patience_s);
   const Outcome outcome = Run(request.at("arguments"), request);
   ::alarm(0);
@@ -222,6 +251,7 @@ Json AnswerCommand(const Json& request) {
           {"live", outcome.live},
           {"out", out.Text()},
           {"err", err.Text()},
+          {"refused", PathOf(hardening::LastRefusal())},
           {"kept", request.value("trace", false) ? PathsOfKept() : Json()}};
 }
 
@@ -232,8 +262,8 @@ int main() {
   std::array<void*, 1> warm = {};
   ::backtrace(warm.data(), 1);  // its first call takes memory
   std::set_terminate(Aborted);
-  std::signal(SIGSEGV, TellOfCrash);
-  std::signal(SIGABRT, TellOfCrash);
+  WatchForCrashes();
+  std::signal(SIGALRM, TellOfHang);
   for (std::string line; std::getline(std::cin, line);) {
     const Json request = Json::parse(line);
     const Json answer = request.contains("arguments") ? AnswerCommand(request)

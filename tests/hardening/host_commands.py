@@ -19,6 +19,7 @@ class Outcome:
     asked: int  # allocations that it asked for
     live: int  # blocks that it left behind
     threw: bool  # an exception came out of it
+    refused: list  # the way to the last allocation that was refused
     kept: list | None  # the ways to them, if traced
 
     @property
@@ -35,13 +36,13 @@ class Commands:
     def start(self):
         self.process = subprocess.Popen([os.environ["COMMANDS"]], stdin=subprocess.PIPE, stdout=subprocess.PIPE, start_new_session=True)
 
-    def run(self, *arguments, fault=None, refuse=0, from_there_on=False, files=0, trace=False):
+    def run(self, *arguments, fault=None, refuse=0, from_there_on=False, files=0, **more):
         """Runs one command line, with a fault of the system (a dictionary, see system_faults.h), an
-        allocation that is refused, at most so many open files; with its memory traced."""
+        allocation that is refused, at most so many open files; `trace`s its memory, `tell`s of refusals."""
         words = [str(argument) for argument in arguments]
-        if words[0] in ("run", "check", "plot", "list", "info"):
+        if words[0] in ("run", "check", "plot", "batch", "rerun", "list", "info"):
             words += ["--library", os.environ["LIBRARY"]]
-        request = {"arguments": words, "fault": fault or {}, "refuse": refuse, "from_there_on": from_there_on, "files": files, "trace": trace}
+        request = {"arguments": words, "fault": fault or {}, "refuse": refuse, "from_there_on": from_there_on, "files": files, **more}
         return Outcome(**self.ask(request))
 
     def attach(self, files, length, interval_ms, **more):

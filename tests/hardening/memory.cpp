@@ -27,6 +27,7 @@ long asked = 0;
 long firstRefused = 0;
 bool alsoLater = false;
 bool active = false;
+void (*toldOfRefusal)() = nullptr;
 hardening::Trace lastRefusal = {};
 
 void TraceInto(hardening::Trace& trace) {
@@ -82,6 +83,11 @@ bool Refuse() {
       asked == firstRefused || (alsoLater && firstRefused > 0 && asked > firstRefused);
   if (refused) {
     TraceInto(lastRefusal);
+    if (toldOfRefusal != nullptr) {
+      active = false;
+      toldOfRefusal();
+      active = true;
+    }
     errno = ENOMEM;
   }
   return refused;
@@ -160,7 +166,7 @@ const Trace& LastRefusal() { return lastRefusal; }
 
 std::span<const Trace> TracesOfKept() { return traced.Traces(); }
 
-Shortage::Shortage(long first, bool fromThereOn, bool trace) {
+Shortage::Shortage(long first, bool fromThereOn, bool trace, void (*told)()) {
   lastRefusal = {};
   if (trace) {
     traced.Start();
@@ -168,6 +174,7 @@ Shortage::Shortage(long first, bool fromThereOn, bool trace) {
   asked = 0;
   firstRefused = first;
   alsoLater = fromThereOn;
+  toldOfRefusal = told;
   active = true;
 }
 Shortage::~Shortage() {
@@ -180,11 +187,19 @@ long Shortage::Asked() { return asked; }
 
 namespace {
 
+// The program may have asked to be told first.
+[[noreturn]] void Fail() {
+  if (const std::new_handler told = std::get_new_handler()) {
+    told();
+  }
+  throw std::bad_alloc();
+}
+
 void* New(std::size_t size) {
   if (void* const block = malloc(std::max<std::size_t>(size, 1))) {
     return block;
   }
-  throw std::bad_alloc();
+  Fail();
 }
 
 void* NewAligned(std::size_t size, std::align_val_t alignment) {
@@ -192,7 +207,15 @@ void* NewAligned(std::size_t size, std::align_val_t alignment) {
           memalign(static_cast<std::size_t>(alignment), std::max<std::size_t>(size, 1))) {
     return block;
   }
-  throw std::bad_alloc();
+  Fail();
+}
+
+void* NewOrNull(std::size_t size) {
+  try {
+    return New(size);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
 }
 
 }  // namespace
@@ -206,10 +229,10 @@ EXPORTED void* operator new[](std::size_t size, std::align_val_t alignment) {
   return NewAligned(size, alignment);
 }
 EXPORTED void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
-  return malloc(std::max<std::size_t>(size, 1));
+  return NewOrNull(size);
 }
 EXPORTED void* operator new[](std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
-  return malloc(std::max<std::size_t>(size, 1));
+  return NewOrNull(size);
 }
 EXPORTED void operator delete(void* block) noexcept { free(block); }
 EXPORTED void operator delete[](void* block) noexcept { free(block); }

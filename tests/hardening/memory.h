@@ -25,10 +25,11 @@ std::span<const Trace> TracesOfKept();
 
 // While it lives, allocation number `first` is refused, counted from 1, or, if `fromThereOn`, that
 // one and all later ones. With 0 nothing is refused. With `trace`, each block's origin is noted.
+// `told` is called at each refusal, and is refused nothing.
 class Shortage {
  public:
   // backtrace() must have been called before: its first call takes memory.
-  Shortage(long first, bool fromThereOn, bool trace = false);
+  Shortage(long first, bool fromThereOn, bool trace = false, void (*told)() = nullptr);
   ~Shortage();
   Shortage(const Shortage&) = delete;
   Shortage& operator=(const Shortage&) = delete;

@@ -15,7 +15,7 @@ const Trace& LastRefusal() {
 
 std::span<const Trace> TracesOfKept() { return {}; }
 
-Shortage::Shortage(long first, bool /*fromThereOn*/, bool /*trace*/) {
+Shortage::Shortage(long first, bool /*fromThereOn*/, bool /*trace*/, void (* /*told*/)()) {
   if (first > 0) {
     throw std::logic_error("nothing can be refused in a build with a sanitizer of memory");
   }
