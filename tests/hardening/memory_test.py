@@ -6,7 +6,6 @@ nearly all of it for the picture; otherwise every Nth one is tried, from another
 and from where a command begins to do what others do not.
 """
 
-import bisect
 import collections
 import os
 import pathlib
@@ -20,64 +19,21 @@ import unittest
 import hostile_recordings
 import hostile_text
 from host_commands import Commands
+from memory_ways import PLUMBING, Functions, is_within
 
 # What libraries do where memory runs out right there, whatever the caller does. Nothing else may do so.
 #
 # They end the process. libsndfile 1.2 writes to the buffer for a file's header, and libarchive 3.6 to that for
-# a member's, without asking whether it got one. fontconfig 2.14 and cairo 1.16 do such things everywhere as they look for a font, and cairo jumps to
-# where no function waits for it, and asserts that it has lost nothing.
+# a member's, without asking whether it got one. fontconfig 2.14 and cairo 1.16 do such things everywhere as
+# they look for a font, and cairo jumps to where no function waits for it, and asserts that it has lost nothing.
 CRASHES = re.compile(r"lib(sndfile|archive|fontconfig|cairo)\.so")
 # They lose blocks.
 LOSES = re.compile(r"lib(archive|fontconfig|cairo)\.so")
-# They keep it to themselves: libsndfile reads no comment, and cairo leaves something out of a picture.
-SILENT = re.compile(r"lib(sndfile|cairo)\.so")
-# What others ask for memory through. Who called them decides.
-PLUMBING = re.compile(
-    r"((malloc|calloc|realloc|memalign|aligned_alloc|posix_memalign)$"
-    r"|operator_new|\{anonymous\}::(New|NewAligned|NewOrNull|Fail|Aligned|Counted|Refuse|TraceInto|TracedBlocks::Add)$"
-    r"|wavechain::\{anonymous\}::NoteFailure$"
-    r"|std::|__gnu_cxx::|libc\.so|libstdc\+\+\.so)"
-)
+# They keep it to themselves: libsndfile reads no comment, cairo leaves something out of a picture, and
+# fontconfig a part of its configuration.
+SILENT = re.compile(r"lib(sndfile|fontconfig|cairo)\.so")
 
 OUT_OF_MEMORY = "wavechain: out of memory; no output was left unfinished. End other programs, or give it a shorter recording or a simpler chain\n"
-
-
-def bare(signature):
-    """The name of a function alone: of "int a::b<c>::d<e>(f<g>) const", a::b::d."""
-    shorter, name = signature.replace("(anonymous namespace)", "{anonymous}").replace("operator ", "operator_"), ""
-    while shorter != name:
-        name, shorter = shorter, re.sub("<[^<>]*>", "", shorter)
-    return name.split("(")[0].split(" ")[-1]
-
-
-class Functions:
-    """The names of the functions of a program, which may lie anywhere in memory."""
-
-    def __init__(self, program):
-        lines = subprocess.run(["nm", "-C", "--defined-only", program], capture_output=True, text=True, check=True).stdout.splitlines()
-        table = sorted((int(at, 16), name) for at, kind, name in (line.split(" ", 2) for line in lines) if kind in "tTwWuV")
-        self.program = program
-        self.places, self.names = zip(*table)
-
-    def at(self, file, offset):
-        """The function's name; in another file, the file's."""
-        if file != self.program:
-            return os.path.basename(file)
-        # An address of return lies behind its call.
-        return bare(self.names[bisect.bisect_right(self.places, offset - 1) - 1])
-
-    def along(self, path):
-        return [self.at(file, offset) for file, offset in path]
-
-
-def before_ours(names):
-    """What libraries have called one another from where this program called them."""
-    end = next((i for i, name in enumerate(names) if name.startswith("wavechain::") and not PLUMBING.match(name)), len(names))
-    return names[:end]
-
-
-def is_within(libraries, names):
-    return any(libraries.search(name) for name in before_ours(names))
 
 
 class Memory(unittest.TestCase):
