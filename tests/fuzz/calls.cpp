@@ -24,7 +24,7 @@ void SetSources(fuzz::Input& input, PlainHost& host) {
     source.claim = {};
     const int sometimes = input.Byte();
     if (sometimes % 4 == 1) {
-      source.deliver = [most = input.Int(1, 900)](int wanted) { return std::min(wanted, most); };
+      source.deliver = [most = input.Size(900)](int wanted) { return std::min(wanted, most); };
     }
     if (sometimes % 16 == 3) {
       source.claim = [more = input.Int(-100000, 100000)](int wanted, int written) {

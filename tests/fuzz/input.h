@@ -71,10 +71,16 @@ class Input {
     for (double& number : numbers) number = Number();
     return numbers;
   }
-  // One to four sizes from 1 to `most`.
+  // From 1 to `most`, and `most` where the bytes are used up: a thousand deliveries of a sample
+  // each take long and show little.
+  int Size(int most) {
+    const int size = Int(0, most - 1);
+    return size == 0 ? most : size;
+  }
+  // One to four of them.
   std::vector<int> Sizes(int most) {
     std::vector<int> sizes(static_cast<std::size_t>(Int(1, 4)));
-    for (int& size : sizes) size = Int(1, most);
+    for (int& size : sizes) size = Size(most);
     return sizes;
   }
 
