@@ -1,9 +1,9 @@
 """Memory that runs out in the middle of a command of wavechain: once, and for good.
 
 A run asks for some 4000 blocks, a picture for 16000. In turn each of them is refused, alone or with all that
-are asked for later. MEMORY_STEP=1 in the environment tries them all, which takes three quarters of an hour,
-nearly all of it for the picture; otherwise every Nth one is tried, from another one on for each of the two,
-and from where a command begins to do what others do not.
+are asked for later. MEMORY_STEP=1 in the environment tries them all, which takes hours for the picture and
+minutes for the rest; otherwise every Nth one is tried, from another one on for each of the two, and from where
+a command begins to do what others do not.
 """
 
 import collections
