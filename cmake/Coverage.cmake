@@ -12,6 +12,8 @@ endif()
 if(TARGET test_support)
   get_property(unitTests DIRECTORY tests/unit PROPERTY BUILDSYSTEM_TARGETS)
   list(APPEND counted ${unitTests})
+  # GoogleTest was read with other flags than theirs are now.
+  set_target_properties(${unitTests} PROPERTIES DISABLE_PRECOMPILE_HEADERS ON)
 endif()
 foreach(target ${counted})
   target_compile_options(${target} PRIVATE --coverage -fprofile-abs-path -O0)
