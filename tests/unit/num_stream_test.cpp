@@ -1,9 +1,13 @@
 #include "numstream/num_stream.h"
 
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <cerrno>
+#include <cstddef>
+#include <cstdio>
 #include <filesystem>
 #include <functional>
 #include <iterator>
@@ -36,6 +40,22 @@ class AfterTheLook {
   AfterTheLook(const AfterTheLook&) = delete;
   AfterTheLook& operator=(const AfterTheLook&) = delete;
 };
+
+// What the system does not do for a file that has just been opened, while one of these lives.
+enum class Refused { Nothing, Status, Stream };
+Refused refused = Refused::Nothing;
+
+class Refusal {
+ public:
+  explicit Refusal(Refused what) { refused = what; }
+  ~Refusal() { refused = Refused::Nothing; }
+  Refusal(const Refusal&) = delete;
+  Refusal& operator=(const Refusal&) = delete;
+};
+
+std::ptrdiff_t OpenFiles() {
+  return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+}
 
 class NumStreamTest : public testing::Test {
  protected:
@@ -426,18 +446,43 @@ TEST_F(NumStreamTest, WhatTakesAFilesPlaceWhileItIsOpenedDoesNotOpenEither) {
   }
 }
 
+TEST_F(NumStreamTest, AFileOfWhichTheSystemTellsNothingDoesNotOpen) {
+  const std::string name = folder.Write("numbers", "1\n");
+  const std::ptrdiff_t before = OpenFiles();
+  {
+    const Refusal refusal(Refused::Status);
+    EXPECT_FALSE(text.Open(name));
+    EXPECT_FALSE(binary.Open(name));
+  }
+  EXPECT_EQ(OpenFiles(), before);
+  EXPECT_FALSE(text.GetLine());
+  EXPECT_EQ(binary.BytesRemain(), 0);
+  EXPECT_TRUE(text.Open(name));
+}
+
+TEST_F(NumStreamTest, AFileWithoutMemoryToReadItByPassesThatOnAndIsClosed) {
+  const std::string name = folder.Write("numbers", "1\n");
+  const std::ptrdiff_t before = OpenFiles();
+  {
+    const Refusal refusal(Refused::Stream);
+    EXPECT_THROW(text.Open(name), std::bad_alloc);
+    EXPECT_THROW(binary.Open(name), std::bad_alloc);
+  }
+  EXPECT_EQ(OpenFiles(), before);
+  EXPECT_FALSE(text.GetLine());
+  EXPECT_EQ(binary.BytesRemain(), 0);
+  EXPECT_TRUE(text.Open(name));
+}
+
 TEST_F(NumStreamTest, TheLastReleaseClosesTheFile) {
-  const auto openFiles = [] {
-    return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
-  };
-  const auto before = openFiles();
+  const std::ptrdiff_t before = OpenFiles();
   auto stream = Ref<INumStreamC>::Share(new Heap<NumStream>(StreamMode::Text));
   ASSERT_TRUE(stream->Open(folder.Write("numbers", "1\n")));
   EXPECT_EQ(stream->AddRef(), 2U);
   EXPECT_EQ(stream->Release(), 1U);
-  EXPECT_EQ(openFiles(), before + 1);
+  EXPECT_EQ(OpenFiles(), before + 1);
   EXPECT_EQ(stream.Detach()->Release(), 0U);
-  EXPECT_EQ(openFiles(), before);
+  EXPECT_EQ(OpenFiles(), before);
 }
 
 // ---- bytes ----
@@ -545,4 +590,21 @@ extern "C" __attribute__((visibility("default"))) int stat(const char* name, str
     happens();
   }
   return result;
+}
+
+extern "C" __attribute__((visibility("default"))) int fstat(int descriptor, struct stat* status) {
+  if (wavefilters::refused == wavefilters::Refused::Status) {
+    errno = EIO;
+    return -1;
+  }
+  return ::fstatat(descriptor, "", status, AT_EMPTY_PATH);
+}
+
+extern "C" __attribute__((visibility("default"))) FILE* fdopen(int descriptor, const char* mode) {
+  if (wavefilters::refused == wavefilters::Refused::Stream) {
+    errno = ENOMEM;
+    return nullptr;
+  }
+  static auto* const real = reinterpret_cast<decltype(&::fdopen)>(::dlsym(RTLD_NEXT, "fdopen"));
+  return real(descriptor, mode);
 }
