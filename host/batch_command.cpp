@@ -1,6 +1,6 @@
 #include "host/batch_command.h"
 
-#include <CLI/CLI.hpp>
+#include <CLI/App.hpp>
 
 #include "host/chain_options.h"
 #include "host/input_options.h"

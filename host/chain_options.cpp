@@ -1,6 +1,6 @@
 #include "host/chain_options.h"
 
-#include <CLI/CLI.hpp>
+#include <CLI/App.hpp>
 #include <iterator>
 
 #include "host/chain_file.h"

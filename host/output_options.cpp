@@ -1,6 +1,6 @@
 #include "host/output_options.h"
 
-#include <CLI/CLI.hpp>
+#include <CLI/App.hpp>
 #include <string_view>
 #include <vector>
 

@@ -1,7 +1,7 @@
 #ifndef WAVEFILTERS_HOST_PLOT_COMMAND_H
 #define WAVEFILTERS_HOST_PLOT_COMMAND_H
 
-#include <CLI/CLI.hpp>
+#include <CLI/App.hpp>
 
 #include "host/plot.h"
 
