@@ -1,6 +1,7 @@
 // Runs command lines of wavechain, hundreds in one process, with faults of the system and of memory
 // on demand. A test written in Python gives one request a line, as JSON, and gets one answer a
-// line.
+// line. From the request to "stand by" on, one that ends the process is answered by "ended", and
+// the next one finds everything as it was at "stand by".
 
 #include <dlfcn.h>
 #include <execinfo.h>
@@ -9,6 +10,7 @@
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
@@ -255,6 +257,30 @@ Json AnswerCommand(const Json& request) {
           {"kept", request.value("trace", false) ? PathsOfKept() : Json()}};
 }
 
+void Print(const Json& answer) {
+  std::cout << answer.dump(-1, ' ', true, Json::error_handler_t::replace) << std::endl;
+}
+
+// Returns in a process that begins with all that this one has: what libraries keep once they were
+// used takes long to come by. Where that one ends before its time, it is said for it, and the next
+// one returns.
+void StandBy() {
+  // Before there are two: the next request shall find nobody who has read half of it.
+  Print(Json::object());
+  for (;;) {
+    const pid_t next = ::fork();
+    if (next == 0) {
+      return;
+    }
+    int status = -1;
+    ::waitpid(next, &status, 0);
+    if (WIFEXITED(status) && WEXITSTATUS(status) == 0) {
+      ::_exit(0);  // the end of the requests
+    }
+    Print({{"ended", WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status)}});
+  }
+}
+
 }  // namespace
 
 int main() {
@@ -266,9 +292,12 @@ int main() {
   std::signal(SIGALRM, TellOfHang);
   for (std::string line; std::getline(std::cin, line);) {
     const Json request = Json::parse(line);
-    const Json answer = request.contains("arguments") ? AnswerCommand(request)
-                                                      : hardening::AnswerFilterRequest(request);
-    std::cout << answer.dump(-1, ' ', true, Json::error_handler_t::replace) << std::endl;
+    if (request.contains("stand by")) {
+      StandBy();
+    } else {
+      Print(request.contains("arguments") ? AnswerCommand(request)
+                                          : hardening::AnswerFilterRequest(request));
+    }
   }
   return 0;
 }

@@ -28,7 +28,8 @@ class Outcome:
 
 
 class Commands:
-    """The process. Where a request ends it, that is an EOFError, and another one takes its place."""
+    """The process. Where a request ends it, that is an EOFError, and another one takes its place: a new one, or
+    after stand_by() one that finds everything as it was then."""
 
     def __init__(self):
         self.start()
@@ -49,6 +50,9 @@ class Commands:
         """Attaches filters to files, see filter_request.h."""
         return self.ask({"files": files, "length": length, "interval_ms": interval_ms, **more})
 
+    def stand_by(self):
+        self.ask({"stand by": True})
+
     def ask(self, request):
         self.process.stdin.write(json.dumps(request).encode() + b"\n")
         self.process.stdin.flush()
@@ -57,7 +61,10 @@ class Commands:
             status = self.close()
             self.start()
             raise EOFError(f"ended by {status}: {request}")
-        return json.loads(answer)
+        answer = json.loads(answer)
+        if "ended" in answer:
+            raise EOFError(f"ended by {answer['ended']}: {request}")
+        return answer
 
     def close(self):
         """Returns the exit status: leaks are found at the end."""

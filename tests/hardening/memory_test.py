@@ -1,7 +1,7 @@
 """Memory that runs out in the middle of a command of wavechain: once, and for good.
 
 A run asks for some 4000 blocks, a picture for 16000. In turn each of them is refused, alone or with all that
-are asked for later. MEMORY_STEP=1 in the environment tries them all, which takes hours for the picture and
+are asked for later. MEMORY_STEP=1 in the environment tries them all, which takes an hour for the picture and
 minutes for the rest; otherwise every Nth one is tried, from another one on for each of the two, and from where
 a command begins to do what others do not.
 """
@@ -101,6 +101,7 @@ class Memory(unittest.TestCase):
         self.assertEqual((self.usual.status, self.usual.live), (status, lives), self.usual.err)
         self.wanted = self.written()
         self.says = says
+        self.process.stand_by()
         for from_there_on in (False, True):
             for refused in range(first + (step // 2 if from_there_on else 0), self.usual.asked + 1, step):
                 with self.subTest(allocation=refused, and_later=from_there_on):
@@ -117,7 +118,6 @@ class Memory(unittest.TestCase):
             done = self.run_command(arguments, refuse=refused, from_there_on=from_there_on)
         except EOFError as ended:
             self.require_known_end(int(re.match("ended by (-?[0-9]+):", str(ended))[1]), arguments, refused, from_there_on)
-            self.settle(arguments)
             return
         self.assertFalse(done.threw)
         self.assertEqual(list(self.temporary.iterdir()), [], done.err)
@@ -167,7 +167,6 @@ class Memory(unittest.TestCase):
             again = self.run_command(arguments, refuse=refused, from_there_on=from_there_on, trace=True)
         except EOFError:
             # A library ends over what it has lost.
-            self.settle(arguments)
             self.counts["lost by a library"] += 1
             return
         paths = [self.functions.along(path) for path in again.kept]
