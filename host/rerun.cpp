@@ -200,8 +200,8 @@ std::optional<std::int64_t> FirstDifference(const std::string& one, const std::s
   return fromA == fromB ? std::nullopt : std::optional(at);
 }
 
-void RequireEqual(const std::string& file, const std::string& made) {
-  const std::optional<std::int64_t> at = FirstDifference(file, made);
+void RequireEqual(const std::string& file, const std::string& again) {
+  const std::optional<std::int64_t> at = FirstDifference(file, again);
   RequireMemory();
   if (at) {
     Fail(ExitStatus::Input, "{}: is not what its record makes: they differ from byte {} on", file,
