@@ -174,11 +174,11 @@ std::string RecordOfSubjects(const PlotRequest& request, const PictureTarget& ta
 }  // namespace
 
 std::string Plot(const PlotRequest& request) {
-  const Drawing drawing;
   CheckNumbers(request);
   if (request.response) {
     return PlotResponse(request);
   }
+  Drawing drawing;
   Log log(request.quiet, ::isatty(STDERR_FILENO) != 0);
   const std::vector<NamedChain> chains = ParseSignals(request);
   const PictureTarget target = TargetOf(request);
@@ -208,7 +208,7 @@ std::string Plot(const PlotRequest& request) {
   const std::vector<Panel> panels = maker.Make(layout);
   // Behind the picture there is nothing to fail.
   std::string described = request.layout ? DescribeLayout(panels, layout) : "";
-  WritePicture(target, titles.front(), panels, layout,
+  WritePicture(drawing, target, titles.front(), panels, layout,
                RecordOfSubjects(request, target, library, readings.File(), subjects), log);
   return described;
 }

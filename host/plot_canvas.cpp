@@ -10,6 +10,7 @@
 #include <cstring>
 #include <new>
 #include <numbers>
+#include <utility>
 
 #include "host/failure.h"
 #include "host/out_of_memory.h"
@@ -120,9 +121,9 @@ void SetColour(cairo_t* context, Colour colour) {
 
 }  // namespace
 
-Drawing::~Drawing() {
+void Drawing::End() {
   // What was lost on the way, for want of memory, they would abort over.
-  if (hasFailed || MemoryHasFailed()) {
+  if (std::exchange(ended, true) || hasFailed || MemoryHasFailed()) {
     return;
   }
   // In this order: cairo holds fonts of fontconfig's.

@@ -79,9 +79,16 @@ class Canvas {
 class Drawing {
  public:
   Drawing() = default;
-  ~Drawing();
+  ~Drawing() { End(); }
   Drawing(const Drawing&) = delete;
   Drawing& operator=(const Drawing&) = delete;
+
+  /// Ends it now. Where memory has run out on the way, the libraries may end the process over it:
+  /// before the picture has its name, that is.
+  void End();
+
+ private:
+  bool ended = false;
 };
 
 }  // namespace wavechain

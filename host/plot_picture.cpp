@@ -7,13 +7,22 @@
 #include "host/run_steps.h"
 
 namespace wavechain {
+namespace {
 
-void WritePicture(const PictureTarget& target, const std::string& title,
+std::string Drawn(PictureFormat format, const std::string& title, const std::vector<Panel>& panels,
+                  const Layout& layout, const std::string& comment) {
+  Canvas canvas(format, layout.size, title);
+  Draw(canvas, panels, layout);
+  return canvas.Finish(comment);
+}
+
+}  // namespace
+
+void WritePicture(Drawing& drawing, const PictureTarget& target, const std::string& title,
                   const std::vector<Panel>& panels, const Layout& layout,
                   const std::string& comment, Log& log) {
-  Canvas canvas(target.format, layout.size, title);
-  Draw(canvas, panels, layout);
-  const std::string bytes = canvas.Finish(comment);
+  const std::string bytes = Drawn(target.format, title, panels, layout, comment);
+  drawing.End();
   const auto output = OpenOutput(target.path, target.replace);
   if (const int error = WriteAll(output->Descriptor(), bytes.data(), bytes.size())) {
     StopIfInterrupted();

@@ -22,8 +22,9 @@ struct PictureTarget {
 };
 
 /// Draws the panels and writes the picture, whole or not at all, and says so in the log; the
-/// comment goes inside, unless it is empty. Fails (output) where that is not possible.
-void WritePicture(const PictureTarget& target, const std::string& title,
+/// comment goes inside, unless it is empty. It is the last one: the drawing ends. Fails (output)
+/// where that is not possible.
+void WritePicture(Drawing& drawing, const PictureTarget& target, const std::string& title,
                   const std::vector<Panel>& panels, const Layout& layout,
                   const std::string& comment, Log& log);
 

@@ -138,6 +138,7 @@ std::string KeyOf(const NamedChain& chain, double room) {
 }  // namespace
 
 std::string PlotResponse(const PlotRequest& request) {
+  Drawing drawing;
   Log log(request.quiet, ::isatty(STDERR_FILENO) != 0);
   CheckRequest(request);
   const std::vector<NamedChain> chains = ParseChains(request);
@@ -181,7 +182,7 @@ std::string PlotResponse(const PlotRequest& request) {
   const std::string record = PictureRecordText(measured, target, library, nullptr, drawn, {});
   // Behind the picture there is nothing to fail.
   std::string described = request.layout ? DescribeLayout(panels, layout) : "";
-  WritePicture(target, title, panels, layout, record, log);
+  WritePicture(drawing, target, title, panels, layout, record, log);
   return described;
 }
 
