@@ -34,8 +34,8 @@ namespace {
 
 using Json = nlohmann::json;
 
-// A process that needs longer hangs, and is ended by the signal, which also tells where.
-constexpr unsigned Patience_s = 300;
+// A command that needs longer hangs, and is ended by the signal, which also tells where.
+constexpr unsigned DefaultPatience_s = 300;
 
 // Root reads everything; this process shall be refused what others are.
 void BeLikeOthers() {
@@ -114,11 +114,10 @@ void WatchForCrashes() {
   ::sigaction(SIGABRT, &action, nullptr);
 }
 
-[[noreturn]] void TellOfHang(int signal) {
+void TellOfHang(int signal) {
   TellWhere();
   std::signal(signal, SIG_DFL);
-  ::raise(signal);
-  ::_exit(1);  // it is blocked while it is handled
+  ::raise(signal);  // it is blocked while it is handled, and comes on the way back
 }
 
 Json PathOf(const hardening::Trace& trace) {
@@ -244,7 +243,7 @@ Outcome Run(const std::vector<std::string>& arguments, const Json& request) {
 Json AnswerCommand(const Json& request) {
   Captured out(STDOUT_FILENO);
   Captured err(STDERR_FILENO, std::getenv("ERR_AT"));
-  ::alarm(Patience_s);
+  ::alarm(request.value("patience_s", DefaultPatience_s));
   const Outcome outcome = Run(request.at("arguments"), request);
   ::alarm(0);
   return {{"status", outcome.status},
