@@ -37,7 +37,7 @@ LOSES = re.compile(r"lib(archive|fontconfig|cairo)\.so")
 # fontconfig a part of its configuration.
 SILENT = re.compile(r"lib(sndfile|fontconfig|cairo)\.so")
 
-# Thousands of times what a command takes.
+# A thousand times what a command takes.
 PATIENCE_S = 30
 
 OUT_OF_MEMORY = "wavechain: out of memory; no output was left unfinished. End other programs, or give it a shorter recording or a simpler chain\n"
