@@ -83,8 +83,8 @@ class Drawing {
   Drawing(const Drawing&) = delete;
   Drawing& operator=(const Drawing&) = delete;
 
-  /// Ends it now. Where memory has run out on the way, the libraries may end the process over it:
-  /// before the picture has its name, that is.
+  /// Ends it now. Where memory has run out without a word, the libraries may crash over it here,
+  /// so it belongs before the picture gets its name.
   void End();
 
  private:
