@@ -271,6 +271,10 @@ void StandBy() {
     if (next == 0) {
       return;
     }
+    if (next < 0) {
+      std::perror("fork");
+      ::_exit(1);
+    }
     int status = -1;
     ::waitpid(next, &status, 0);
     if (WIFEXITED(status) && WEXITSTATUS(status) == 0) {
